@@ -1,0 +1,32 @@
+#!/usr/bin/env bash
+# Runs a command on a virtual display of its own, which goes away with it:
+#   voi-man-hinh.sh [--quan-ly-cua-so] command…
+# --quan-ly-cua-so starts a window manager there as well.
+set -u
+quanLy=khong
+if [ "${1:-}" = --quan-ly-cua-so ]; then
+    quanLy=co
+    shift
+fi
+thuMuc=$(mktemp -d)
+cacTienTrinh=()
+dep() {
+    for p in "${cacTienTrinh[@]}"; do kill "$p" 2>/dev/null; done
+    wait 2>/dev/null
+    rm -rf "$thuMuc"
+}
+trap dep EXIT
+trap 'exit 143' TERM INT
+
+mkfifo "$thuMuc/so"
+Xvfb -displayfd 3 -screen 0 "${TOVIRA_THU_MAN_HINH:-1280x800x24}" -nolisten tcp +extension XTEST 3>"$thuMuc/so" >"$thuMuc/xvfb.log" 2>&1 &
+cacTienTrinh+=($!)
+read -r -t 20 so <"$thuMuc/so" || { cat "$thuMuc/xvfb.log" >&2; echo "Xvfb did not start" >&2; exit 1; }
+export DISPLAY=":$so"
+unset WAYLAND_DISPLAY XAUTHORITY
+export XDG_SESSION_TYPE=x11
+if [ "$quanLy" = co ]; then
+    openbox >"$thuMuc/wm.log" 2>&1 &
+    cacTienTrinh+=($!)
+fi
+"$@"
