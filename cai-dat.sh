@@ -1,0 +1,62 @@
+#!/usr/bin/env bash
+# Installs what building, running and testing Tovira needs and this machine does not have yet. Nothing else.
+set -euo pipefail
+
+noi() { printf '• %s\n' "$*"; }
+
+# Debian and Ubuntu. One line a purpose.
+goiDebian=(
+    g++ cmake ninja-build pkg-config
+    libasio-dev rapidjson-dev libutf8proc-dev liburiparser-dev libspng-dev
+    libturbojpeg0-dev libjpeg-dev libyuv-dev
+    libxcb1-dev libxcb-shm0-dev libxcb-xtest0-dev libxcb-randr0-dev libxcb-xfixes0-dev libxcb-damage0-dev
+    libxcb-xkb-dev libxcb-keysyms1-dev libxcb-composite0-dev libxcb-xinput-dev libxcb-screensaver0-dev libxkbcommon-dev
+    libxkbcommon-x11-dev
+    qt6-base-dev qt6-webengine-dev qt6-webengine-dev-tools qt6-webchannel-dev qt6-positioning-dev libgl-dev
+    libgtest-dev
+    xvfb xauth openbox xdotool xterm x11-utils x11-xserver-utils x11-apps imagemagick curl dbus
+    fonts-dejavu-core fonts-noto-core
+)
+goiHomebrew=(cmake ninja pkg-config asio rapidjson utf8proc uriparser libspng googletest)
+
+caiDebian() {
+    local thieu=() goi
+    for goi in "${goiDebian[@]}"; do
+        dpkg-query -W -f='${Status}' "$goi" 2>/dev/null | grep -q 'ok installed' || thieu+=("$goi")
+    done
+    if [ ${#thieu[@]} -eq 0 ]; then
+        noi "Every package is installed."
+        return
+    fi
+    local quyen=()
+    if [ "$(id -u)" -ne 0 ]; then
+        command -v sudo >/dev/null || { echo "These packages are missing and sudo is not there: ${thieu[*]}" >&2; exit 1; }
+        quyen=(sudo)
+    fi
+    noi "Installing ${#thieu[@]} packages: ${thieu[*]}"
+    "${quyen[@]}" apt-get update -qq
+    "${quyen[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${thieu[@]}" >/dev/null
+}
+
+caiHomebrew() {
+    command -v brew >/dev/null || { echo "Homebrew is missing: see https://brew.sh" >&2; exit 1; }
+    local thieu=() goi
+    for goi in "${goiHomebrew[@]}"; do
+        brew list --formula "$goi" >/dev/null 2>&1 || thieu+=("$goi")
+    done
+    if [ ${#thieu[@]} -eq 0 ]; then
+        noi "Every package is installed."
+        return
+    fi
+    noi "Installing ${#thieu[@]} packages: ${thieu[*]}"
+    brew install --quiet "${thieu[@]}"
+}
+
+case "$(uname -s)" in
+    Darwin) caiHomebrew ;;
+    Linux)
+        command -v apt-get >/dev/null || { echo "Only Debian and Ubuntu are set up by this script; the packages needed are listed in it." >&2; exit 1; }
+        caiDebian
+        ;;
+    *) echo "Tovira runs on macOS and Linux." >&2; exit 1 ;;
+esac

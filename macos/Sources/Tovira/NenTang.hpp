@@ -1,0 +1,41 @@
+#pragma once
+// Main thread. The platform, made once by main: it owns every ground and lends each by reference.
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "DieuKhien.hpp"
+#include "HangDoi.hpp"
+#include "ManHinh.hpp"
+#include "NenChung.hpp"
+#include "UngDung.hpp"
+
+namespace tovira {
+
+struct NenTang {
+    virtual ~NenTang() = default;
+
+    // Implemented once by each platform. Absent when it cannot be used at all (no display, say); the reason
+    // has then been written to standard error.
+    [[nodiscard]] static std::unique_ptr<NenTang> tao(int soThamSo, char** thamSo);
+
+    // The process's arguments, the program's own path first.
+    [[nodiscard]] virtual const std::vector<std::string>& thamSo() const = 0;
+    // The folder of the packaged web application; may not exist.
+    [[nodiscard]] virtual std::string thuMucGiaoDien() const = 0;
+
+    [[nodiscard]] virtual VongLap& vongLap() = 0;
+    [[nodiscard]] virtual CaiDat& caiDat() = 0;
+    [[nodiscard]] virtual HopBao& hopBao() = 0;
+    [[nodiscard]] virtual MoDiaChi& moDiaChi() = 0;
+    [[nodiscard]] virtual DieuKhien::Nen& dieuKhien() = 0;
+    [[nodiscard]] virtual ManHinh::Nen& manHinh() = 0;
+    [[nodiscard]] virtual UngDung::Nen& ungDung() = 0;
+
+    // Runs the platform's event loop with `ungDung` as its delegate: launching, reopening, menu actions and
+    // termination arrive there. Returns the process's exit status when the loop ends.
+    virtual int chay(UngDung& ungDung) = 0;
+};
+
+}  // namespace tovira
