@@ -14,7 +14,8 @@ TEST(ThamSo, mayChuDuongDanVaGoc) {
         std::string mayChu, app, goc;
     };
     const Ca cac[] = {
-        {"http://127.0.0.1:8443/", "http://127.0.0.1:8443", "http://127.0.0.1:8443/app", "http://127.0.0.1:8443"},
+        {"http://127.0.0.1:8443/", "http://127.0.0.1:8443", "http://127.0.0.1:8443/app",
+         "http://127.0.0.1:8443"},
         {"http://127.0.0.1:3000/base//", "http://127.0.0.1:3000/base", "http://127.0.0.1:3000/base/app",
          "http://127.0.0.1:3000"},
         {"https://a.vi.du", "https://a.vi.du", "https://a.vi.du/app", "https://a.vi.du"},

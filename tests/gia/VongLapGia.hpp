@@ -66,7 +66,7 @@ class VongLapGia final : public VongLap {
 
   private:
     struct MucHen {
-        int so;       // 0: once
+        int so;  // 0: once
         double chuKy;
         std::function<void()> viec;
     };

@@ -63,7 +63,8 @@ class DieuKhien : public CoChung<DieuKhien> {
     // The system's event stream.
     struct Nen {
         virtual ~Nen() = default;
-        // May input be injected? (macOS: AXIsProcessTrusted. X11: the server has XTEST and lets us.) Never prompts.
+        // May input be injected? (macOS: AXIsProcessTrusted. X11: the server has XTEST and lets us.) Never
+        // prompts.
         [[nodiscard]] virtual bool duocPhep() = 0;
         // Bounds of the main display.
         [[nodiscard]] virtual KhungHinh khungManHinhChinh() = 0;

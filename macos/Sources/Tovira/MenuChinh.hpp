@@ -25,8 +25,8 @@ enum class LenhMenu : std::uint8_t {
 struct MucMenu {
     LenhMenu lenh = LenhMenu::ngan;
     const char* ten = "";
-    // The key that goes with Command (Ctrl on a desktop without that key); an upper-case letter implies Shift;
-    // 0 for none.
+    // The key that goes with Command (Ctrl on a desktop without that key); an upper-case letter implies
+    // Shift; 0 for none.
     char phim = 0;
 };
 
@@ -38,10 +38,8 @@ struct MenuCon {
 namespace menu_chinh {
 
 inline constexpr std::array mucUngDung{
-    MucMenu{LenhMenu::gioiThieu, "Giới thiệu Tovira"},
-    MucMenu{},
-    MucMenu{LenhMenu::an, "Ẩn Tovira", 'h'},
-    MucMenu{},
+    MucMenu{LenhMenu::gioiThieu, "Giới thiệu Tovira"}, MucMenu{},
+    MucMenu{LenhMenu::an, "Ẩn Tovira", 'h'},           MucMenu{},
     MucMenu{LenhMenu::thoat, "Thoát Tovira", 'q'},
 };
 inline constexpr std::array mucSua{

@@ -49,8 +49,8 @@ class MjpegServer {
     MjpegServer(const MjpegServer&) = delete;
     MjpegServer& operator=(const MjpegServer&) = delete;
 
-    // Opens the listener on a port of the system's choice; blocks for at most 5 s; harmless when already open.
-    // Fails with domain "Tovira", code 1, "Không mở được máy chủ ảnh nội bộ".
+    // Opens the listener on a port of the system's choice; blocks for at most 5 s; harmless when already
+    // open. Fails with domain "Tovira", code 1, "Không mở được máy chủ ảnh nội bộ".
     KetQua<void> batDau();
     // Stops listening and disconnects every viewer. `biMat` and `daTungCoKhach` keep their values.
     void dung();

@@ -26,15 +26,19 @@ std::string tinhGoc(const std::string& mayChu) {
 
 }  // namespace
 
-const char* ThamSo::mayChuMacDinh() { return TOVIRA_MAY_CHU_MAC_DINH; }
+const char* ThamSo::mayChuMacDinh() {
+    return TOVIRA_MAY_CHU_MAC_DINH;
+}
 
 ThamSo ThamSo::tinh(const std::vector<std::string>& thamSo, const CaiDat& caiDat) {
     ThamSo kq;
     kq.mayChu = chonUngVien(thamSo, caiDat);
-    while (!kq.mayChu.empty() && kq.mayChu.back() == '/') kq.mayChu.pop_back();
+    while (!kq.mayChu.empty() && kq.mayChu.back() == '/')
+        kq.mayChu.pop_back();
     // An address without a scheme cannot be loaded, whatever else it may be.
     const auto app = DiaChiUrl::tach(kq.mayChu + "/app");
-    kq.duongDanApp = app && !app->giaoThuc.empty() ? kq.mayChu + "/app" : std::string(mayChuMacDinh()) + "/app";
+    kq.duongDanApp =
+        app && !app->giaoThuc.empty() ? kq.mayChu + "/app" : std::string(mayChuMacDinh()) + "/app";
     kq.gocMayChu = tinhGoc(kq.mayChu);
     return kq;
 }

@@ -1,0 +1,68 @@
+#pragma once
+// Main thread. The two permissions that the host needs, and the report that tells a user how to mend them.
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "DieuKhien.hpp"
+#include "ManHinh.hpp"
+
+namespace tovira {
+
+class KiemQuyen {
+  public:
+    // What the system knows of the running program's code signature.
+    struct ChuKy {
+        std::uint32_t co = 0;  // kSecCodeInfoFlags
+        // kSecCodeInfoCertificates, leaf first: each certificate's subject summary, where it has a readable
+        // one.
+        std::vector<std::optional<std::string>> chungChi;
+        std::optional<std::vector<std::uint8_t>> maDuyNhat;  // kSecCodeInfoUnique
+    };
+
+    // The running program as the system packages it.
+    struct Goi {
+        std::string duongDan;                 // the bundle, or the folder of a bare executable
+        std::optional<std::string> dinhDanh;  // the bundle identifier
+        std::optional<ChuKy> chuKy;           // absent when no signing information can be read
+    };
+
+    struct Nen {
+        virtual ~Nen() = default;
+        [[nodiscard]] virtual Goi docGoi() = 0;
+        // Asks the system for leave to inject input, with the system's own prompt where it has one.
+        virtual void xinTroNang() = 0;
+    };
+
+    KiemQuyen(Nen& nen, DieuKhien::Nen& dieuKhien, ManHinh::Nen& manHinh)
+        : nen_(nen), dieuKhien_(dieuKhien), manHinh_(manHinh) {}
+
+    // Neither prompts.
+    [[nodiscard]] bool duocGhiManHinh() const { return manHinh_.duocGhi(); }
+    [[nodiscard]] bool duocTroNang() const { return dieuKhien_.duocPhep(); }
+
+    // Asks for the permission if it is missing, then in any case shows where it is granted.
+    void moGhiManHinh();
+    void moTroNang();
+    // Asks with the prompt; shows where it is granted only if it is still missing (the page's request).
+    void xinTroNang();
+
+    [[nodiscard]] static std::string kieuChuKy(const std::optional<ChuKy>& chuKy);
+    // Lower-case hexadecimal without separators; absent where there is no code directory hash.
+    [[nodiscard]] static std::optional<std::string> cdHash(const std::optional<ChuKy>& chuKy);
+
+    struct BaoCao {
+        std::string chu;    // whole lines, each with its line feed
+        int trangThai = 1;  // exit status: 0 exactly when both permissions are granted
+    };
+    [[nodiscard]] BaoCao lapBaoCao() const;
+
+  private:
+    Nen& nen_;
+    DieuKhien::Nen& dieuKhien_;
+    ManHinh::Nen& manHinh_;
+};
+
+}  // namespace tovira
