@@ -29,4 +29,13 @@ struct CaiDat {
     virtual void ghi(const std::string& khoa, const std::string& giaTri) = 0;
 };
 
+// The user's files and the program that shows them.
+struct TepNguoiDung {
+    virtual ~TepNguoiDung() = default;
+    // The user's Downloads folder; absent when the system names none.
+    [[nodiscard]] virtual std::optional<std::string> thuMucTaiXuong() const = 0;
+    // Reveals one existing file or folder in the file browser, selected where that is possible.
+    virtual void hien(const std::string& duong) = 0;
+};
+
 }  // namespace tovira
