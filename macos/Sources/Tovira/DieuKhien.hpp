@@ -76,8 +76,8 @@ class DieuKhien : public CoChung<DieuKhien> {
         // text can set it aside and put it back.
         virtual void batDauChu() = 0;
         virtual void ketThucChu() = 0;
-        // Control ends: a ground that types long text piece by piece drops what it has not typed yet and posts
-        // whatever waited behind it. From here on it posts at once.
+        // Control ends: a ground that types long text piece by piece drops what it has not typed yet and
+        // posts whatever waited behind it. From here on it posts at once.
         virtual void boChuDangCho() {}
         // Shows the user where the permission of duocPhep is granted.
         virtual void moCaiDatTroNang() = 0;

@@ -1,5 +1,10 @@
 #include "Khay.hpp"
 
+#include "KiemQuyen.hpp"
+#include "NenChung.hpp"
+#include "ThamSo.hpp"
+#include "TuKhoiDong.hpp"
+
 namespace tovira {
 
 namespace {
@@ -46,6 +51,52 @@ std::vector<MucKhay> Khay::lapMenu(const TrangThai& tt) {
     menu.push_back(tat("Máy chủ: " + tt.mayChu));
     menu.push_back({LenhKhay::bamThoat, "Thoát Tovira", "", true, false, 'q'});
     return menu;
+}
+
+void Khay::dung() {
+    d_.nen.dungMuc(*this, ve(false), "Tovira");
+}
+
+void Khay::capNhatBieuTuong(bool dangPhat) {
+    d_.nen.doiVe(ve(dangPhat));
+}
+
+std::vector<MucKhay> Khay::lapMenu() const {
+    return lapMenu(TrangThai{d_.dangPhat(), d_.kiemQuyen.duocGhiManHinh(), d_.kiemQuyen.duocTroNang(),
+                             d_.tuKhoiDong.dangBat(), d_.thamSo.mayChu});
+}
+
+void Khay::bam(LenhKhay lenh) {
+    const auto goi = [](const std::function<void()>& khi) {
+        if (khi) khi();
+    };
+    switch (lenh) {
+        case LenhKhay::khongCo:
+            return;
+        case LenhKhay::bamDungChiaSe:
+            return goi(khiDungChiaSe);
+        case LenhKhay::bamMo:
+            return goi(khiMo);
+        case LenhKhay::bamGhiManHinh:
+            return d_.kiemQuyen.moGhiManHinh();
+        case LenhKhay::bamTroNang:
+            return d_.kiemQuyen.moTroNang();
+        case LenhKhay::bamMoLai:
+            return goi(khiMoLai);
+        case LenhKhay::bamTuKhoiDong:
+            return bamTuKhoiDong();
+        case LenhKhay::bamHuongDan:
+            return d_.nen.moHuongDan();
+        case LenhKhay::bamGioiThieu:
+            return d_.nen.moGioiThieu();
+        case LenhKhay::bamThoat:
+            return goi(khiThoat);
+    }
+}
+
+void Khay::bamTuKhoiDong() {
+    if (const auto loi = d_.tuKhoiDong.dat(!d_.tuKhoiDong.dangBat()))
+        d_.hopBao.canhBao("Không đổi được mục khởi động", *loi);
 }
 
 VeKhay Khay::ve(bool dangPhat) {

@@ -10,7 +10,7 @@
 namespace tovira {
 
 class KiemQuyen;
-class ManHinh;
+struct ThamSo;
 struct HopBao;
 struct TuKhoiDong;
 
@@ -52,15 +52,25 @@ class Khay {
   public:
     struct Nen {
         virtual ~Nen() = default;
-        // Puts the item into the status area, with this look and this accessibility description.
-        virtual void dungMuc(const VeKhay& ve, const char* moTa) = 0;
+        // Puts the item into the status area with this look and this accessibility description. Its events
+        // come up as lapMenu() just before the menu opens, and bam() when an item is chosen.
+        virtual void dungMuc(Khay& chu, const VeKhay& ve, const char* moTa) = 0;
         virtual void doiVe(const VeKhay& ve) = 0;
-        // Relaunch is the platform's About and Help windows' business elsewhere; these two open them.
         virtual void moHuongDan() = 0;
         virtual void moGioiThieu() = 0;
     };
 
-    // What the menu is made from, read anew at each opening.
+    // All of it outlives the Khay.
+    struct ChoDua {
+        Nen& nen;
+        KiemQuyen& kiemQuyen;
+        std::function<bool()> dangPhat;  // is the screen being shared right now?
+        TuKhoiDong& tuKhoiDong;
+        HopBao& hopBao;
+        const ThamSo& thamSo;
+    };
+
+    // What the menu is made from.
     struct TrangThai {
         bool dangPhat = false;
         bool ghiManHinh = false;
@@ -69,9 +79,29 @@ class Khay {
         std::string mayChu;
     };
 
+    explicit Khay(const ChoDua& choDua) : d_(choDua) {}
+
+    void dung();
+    void capNhatBieuTuong(bool dangPhat);
+
+    // The menu, rebuilt from live state at each call.
+    [[nodiscard]] std::vector<MucKhay> lapMenu() const;
+    // Carries out what an item means.
+    void bam(LenhKhay lenh);
+
     // The menu for one state, item for item. Pure.
     [[nodiscard]] static std::vector<MucKhay> lapMenu(const TrangThai& trangThai);
     [[nodiscard]] static VeKhay ve(bool dangPhat);
+
+    std::function<void()> khiMo;
+    std::function<void()> khiDungChiaSe;
+    std::function<void()> khiMoLai;
+    std::function<void()> khiThoat;
+
+  private:
+    void bamTuKhoiDong();
+
+    ChoDua d_;
 };
 
 }  // namespace tovira

@@ -41,13 +41,8 @@ void KiemQuyen::moGhiManHinh() {
 }
 
 void KiemQuyen::moTroNang() {
-    if (!duocTroNang()) nen_.xinTroNang();
+    if (!duocTroNang()) xinQuyen_.xinTroNang();
     dieuKhien_.moCaiDatTroNang();
-}
-
-void KiemQuyen::xinTroNang() {
-    nen_.xinTroNang();
-    if (!duocTroNang()) dieuKhien_.moCaiDatTroNang();
 }
 
 std::string KiemQuyen::kieuChuKy(const std::optional<ChuKy>& chuKy) {

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "Cau.hpp"
 #include "DieuKhien.hpp"
 #include "ManHinh.hpp"
 
@@ -32,12 +33,10 @@ class KiemQuyen {
     struct Nen {
         virtual ~Nen() = default;
         [[nodiscard]] virtual Goi docGoi() = 0;
-        // Asks the system for leave to inject input, with the system's own prompt where it has one.
-        virtual void xinTroNang() = 0;
     };
 
-    KiemQuyen(Nen& nen, DieuKhien::Nen& dieuKhien, ManHinh::Nen& manHinh)
-        : nen_(nen), dieuKhien_(dieuKhien), manHinh_(manHinh) {}
+    KiemQuyen(Nen& nen, Cau::Nen& xinQuyen, DieuKhien::Nen& dieuKhien, ManHinh::Nen& manHinh)
+        : nen_(nen), xinQuyen_(xinQuyen), dieuKhien_(dieuKhien), manHinh_(manHinh) {}
 
     // Neither prompts.
     [[nodiscard]] bool duocGhiManHinh() const { return manHinh_.duocGhi(); }
@@ -46,8 +45,6 @@ class KiemQuyen {
     // Asks for the permission if it is missing, then in any case shows where it is granted.
     void moGhiManHinh();
     void moTroNang();
-    // Asks with the prompt; shows where it is granted only if it is still missing (the page's request).
-    void xinTroNang();
 
     [[nodiscard]] static std::string kieuChuKy(const std::optional<ChuKy>& chuKy);
     // Lower-case hexadecimal without separators; absent where there is no code directory hash.
@@ -61,6 +58,7 @@ class KiemQuyen {
 
   private:
     Nen& nen_;
+    Cau::Nen& xinQuyen_;
     DieuKhien::Nen& dieuKhien_;
     ManHinh::Nen& manHinh_;
 };

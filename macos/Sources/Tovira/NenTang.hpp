@@ -5,10 +5,16 @@
 #include <string>
 #include <vector>
 
+#include "Cau.hpp"
+#include "ChiBao.hpp"
+#include "CuaSo.hpp"
 #include "DieuKhien.hpp"
 #include "HangDoi.hpp"
+#include "Khay.hpp"
+#include "KiemQuyen.hpp"
 #include "ManHinh.hpp"
 #include "NenChung.hpp"
+#include "TuKhoiDong.hpp"
 #include "UngDung.hpp"
 
 namespace tovira {
@@ -18,10 +24,8 @@ struct NenTang {
 
     // Implemented once by each platform. Absent when it cannot be used at all (no display, say); the reason
     // has then been written to standard error.
-    [[nodiscard]] static std::unique_ptr<NenTang> tao(int soThamSo, char** thamSo);
+    [[nodiscard]] static std::unique_ptr<NenTang> tao(int& soThamSo, char** thamSo);
 
-    // The process's arguments, the program's own path first.
-    [[nodiscard]] virtual const std::vector<std::string>& thamSo() const = 0;
     // The folder of the packaged web application; may not exist.
     [[nodiscard]] virtual std::string thuMucGiaoDien() const = 0;
 
@@ -29,13 +33,23 @@ struct NenTang {
     [[nodiscard]] virtual CaiDat& caiDat() = 0;
     [[nodiscard]] virtual HopBao& hopBao() = 0;
     [[nodiscard]] virtual MoDiaChi& moDiaChi() = 0;
+    [[nodiscard]] virtual TepNguoiDung& tepNguoiDung() = 0;
+    [[nodiscard]] virtual TuKhoiDong& tuKhoiDong() = 0;
     [[nodiscard]] virtual DieuKhien::Nen& dieuKhien() = 0;
     [[nodiscard]] virtual ManHinh::Nen& manHinh() = 0;
+    [[nodiscard]] virtual Cau::Nen& xinQuyen() = 0;
+    [[nodiscard]] virtual Cau::NhanTep& nhanTep() = 0;
+    [[nodiscard]] virtual CuaSo::NenCua& cua() = 0;
+    [[nodiscard]] virtual CuaSo::NenTrang& trang() = 0;
+    [[nodiscard]] virtual CuaSo::NenTach& tach() = 0;
+    [[nodiscard]] virtual Khay::Nen& khay() = 0;
+    [[nodiscard]] virtual ChiBao::Nen& chiBao() = 0;
+    [[nodiscard]] virtual KiemQuyen::Nen& kiemQuyen() = 0;
     [[nodiscard]] virtual UngDung::Nen& ungDung() = 0;
 
     // Runs the platform's event loop with `ungDung` as its delegate: launching, reopening, menu actions and
     // termination arrive there. Returns the process's exit status when the loop ends.
-    virtual int chay(UngDung& ungDung) = 0;
+    virtual int chay(UngDung& ungDung, UngDung::KhoiDong cach) = 0;
 };
 
 }  // namespace tovira
