@@ -68,6 +68,11 @@ class ManHinh : public CoChung<ManHinh> {
         friend bool operator==(const CauHinh&, const CauHinh&) = default;
     };
 
+    // What a stream's Loi says when it ended because its display changed its place or size or went away: the
+    // share then looks for the display anew instead of ending. Every other Loi ends the share.
+    static constexpr const char* mienNguon = "ManHinh";
+    static constexpr int maManHinhDoi = 1;
+
     // A stream's callbacks.
     struct PhiaNhan {
         std::function<void(std::unique_ptr<Khung>)> khiCoKhung;  // on the frame queue
