@@ -6,6 +6,11 @@ target_compile_definitions(tovira_asio INTERFACE ASIO_STANDALONE ASIO_NO_DEPRECA
 target_link_libraries(tovira_asio INTERFACE Threads::Threads)
 add_library(tovira::asio ALIAS tovira_asio)
 
+find_path(FAST_FLOAT_INCLUDE_DIR fast_float/fast_float.h REQUIRED)
+add_library(tovira_fast_float INTERFACE)
+target_include_directories(tovira_fast_float SYSTEM INTERFACE ${FAST_FLOAT_INCLUDE_DIR})
+add_library(tovira::fast_float ALIAS tovira_fast_float)
+
 find_path(RAPIDJSON_INCLUDE_DIR rapidjson/reader.h REQUIRED)
 add_library(tovira_rapidjson INTERFACE)
 target_include_directories(tovira_rapidjson SYSTEM INTERFACE ${RAPIDJSON_INCLUDE_DIR})

@@ -15,6 +15,8 @@
 
 namespace tovira {
 
+class DoiTuongJson;
+
 // Mouse buttons; the numbers are CGMouseButton's.
 enum class NutChuot : std::uint8_t { trai = 0, phai = 1, giua = 2 };
 
@@ -106,12 +108,25 @@ class DieuKhien : public CoChung<DieuKhien> {
     [[nodiscard]] std::size_t dangGiu() const { return nutDangGiu_.size() + phimDangGiu_.size(); }
 
   private:
+    enum class Huong : std::uint8_t { xuong, len };
+
+    // A press, as the next one is counted against it.
     struct LanBam {
         NutChuot nut;
         double luc;  // seconds since 1970
         Diem cho;
         std::int64_t dem;  // 1…3
     };
+
+    [[nodiscard]] std::optional<Diem> diem(const DoiTuongJson& lenh) const;
+    bool diChuot(const Diem& diem);
+    bool bamChuot(NutChuot nut, Huong huong, const Diem& diem);
+    [[nodiscard]] LanBam soLanBam(NutChuot nut, const Diem& diem) const;
+    bool cuon(const Diem& diem, double dx, double dy);
+    [[nodiscard]] std::int32_t soCuon(double v);
+    bool goPhim(const DoiTuongJson& lenh, Huong huong);
+    bool goChu(std::string_view chu);
+    bool goKyTu(std::string_view kyTu);
 
     Nen& nen_;
     const VongLap& vongLap_;

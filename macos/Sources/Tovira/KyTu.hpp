@@ -1,0 +1,23 @@
+#pragma once
+// Any thread: pure functions on UTF-8. User-perceived characters are the extended grapheme clusters of UAX
+// #29.
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace tovira {
+
+// Is `byte` well-formed UTF-8 throughout? (No surrogates, nothing overlong, nothing past U+10FFFF.)
+[[nodiscard]] bool laUtf8(std::string_view byte);
+
+// The length in bytes of the first character of `utf8`; 0 only when `utf8` is empty.
+[[nodiscard]] std::size_t daiKyTuDau(std::string_view utf8);
+
+// How many characters `utf8` has.
+[[nodiscard]] std::size_t demKyTu(std::string_view utf8);
+
+// `utf8` in UTF-16 code units. Bytes that are not UTF-8 become U+FFFD.
+[[nodiscard]] std::u16string sangUtf16(std::string_view utf8);
+
+}  // namespace tovira
