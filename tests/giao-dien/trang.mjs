@@ -48,6 +48,8 @@ class PhanTu {
   kich(ten) { return (this.nghe[ten] || []).map((ham) => ham()); }
   chon(gia) { this.value = gia; return this.kich('change'); }
   // This element and all below it that have the tag.
+  get childElementCount() { return this.con.length; }
+  get firstElementChild() { return this.con[0] ?? null; }
   tim(the) { return [...(this.the === the ? [this] : []), ...this.con.flatMap((c) => c.tim(the))]; }
 }
 

@@ -239,15 +239,31 @@ test('the server is back: at once when idle, else with a notice, by its button o
   ranh.cuaSo.__tvMayChuSongLai();
   assert.deepEqual(ranh.nhat, [['ipc', 'thu-lai']]);
 
-  for (const ve of [(t) => t.$('ve-may-chu').click(), (t) => t.dayManHinh('', '', false)]) {
+  const dangChia = async () => {
     const t = await moTrang();
     t.dayManHinh(LUONG, '', true);
     t.cuaSo.__tvMayChuSongLai();
     assert.deepEqual(t.nhat, []);
     assert.deepEqual([t.$('song-lai').hidden, t.$('mat-ket-noi').hidden], [false, true]);
-    ve(t);
-    assert.deepEqual(t.nhat, [['ipc', 'thu-lai']]);
-  }
+    t.hen.length = 0;
+    return t;
+  };
+  const bam = await dangChia();
+  bam.$('ve-may-chu').click();
+  assert.deepEqual(bam.nhat, [['manHinhTat'], ['ipc', 'thu-lai']], 'a share is not left behind');
+
+  const het = await dangChia();
+  het.dayManHinh('', '', false);
+  assert.deepEqual(het.nhat, []);
+  het.chayHen();
+  het.chayHen();
+  assert.deepEqual(het.nhat, [['ipc', 'thu-lai']]);
+
+  const doi = await dangChia(); // the host ends one share to begin the next
+  doi.dayManHinh('', '', false);
+  doi.dayManHinh(`${LUONG}2`, '', true);
+  doi.chayHen();
+  assert.deepEqual(doi.nhat, []);
 });
 
 test('downloads: listed newest first with their way to the folder; failures stay until dismissed', async () => {
@@ -261,12 +277,16 @@ test('downloads: listed newest first with their way to the folder; failures stay
   assert.deepEqual(t.nhat, [['hienTrongFinder', '/tải', 'một.txt']]);
   assert.equal(t.$('thu-muc-luu').textContent, '/tải');
   t.cuaSo.__tvTaiHong('mạng đứt');
+  await lang();
   t.chayHen();
   const con = t.$('noi').con;
   assert.deepEqual(con.map((c) => c.tim('p')[0].textContent), ['Tải về không xong: mạng đứt']);
   con[0].tim('button').at(-1).click();
   assert.equal(t.$('noi').con.length, 0);
   for (let i = 0; i < 150; i++) t.cuaSo.__tvDaTai('/tải', `${i}`);
+  await lang();
+  assert.equal(t.$('noi').con.length, 5);
+  assert.equal(t.$('so-tep').textContent, '152 tệp đã nhận');
   assert.equal(t.$('tep-nhan').con.length, 100);
   t.$('ngon-ngu').chon('en');
   await lang();
