@@ -31,12 +31,8 @@ class MjpegServer {
     MjpegServer& operator=(const MjpegServer&) = delete;
 
     // Opens the listener on a port of the system's choice; blocks for at most 5 s; harmless when already
-<<<<<<< HEAD
-    // open. Fails with domain "Tovira", code 1, "Không mở được máy chủ ảnh nội bộ".
-=======
     // open. Fails with domain "Tovira", code 1, "Không mở được máy chủ ảnh nội bộ", or with the system's own
     // error when there is no socket to be had.
->>>>>>> 19726aa (Loopback servers: shared listener, MJPEG stream and packaged interface)
     KetQua<void> batDau();
     // Stops listening and disconnects every viewer. `biMat` and `daTungCoKhach` keep their values.
     void dung();
