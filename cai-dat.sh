@@ -13,11 +13,11 @@ goiDebian=(
     libxcb-xkb-dev libxcb-keysyms1-dev libxcb-composite0-dev libxcb-xinput-dev libxcb-screensaver0-dev libxkbcommon-dev
     libxkbcommon-x11-dev
     qt6-base-dev qt6-webengine-dev qt6-webengine-dev-tools qt6-webchannel-dev qt6-positioning-dev libgl-dev
-    libgtest-dev
+    libgtest-dev nodejs
     xvfb xauth openbox xdotool xterm x11-utils x11-xserver-utils x11-apps imagemagick curl dbus
     fonts-dejavu-core fonts-noto-core
 )
-goiHomebrew=(cmake ninja pkg-config asio rapidjson utf8proc uriparser libspng googletest)
+goiHomebrew=(cmake ninja pkg-config asio rapidjson utf8proc uriparser libspng googletest node)
 
 caiDebian() {
     local thieu=() goi

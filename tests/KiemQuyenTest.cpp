@@ -6,13 +6,11 @@ using namespace tovira;
 
 namespace {
 
-struct NenGia : KiemQuyen::Nen, Cau::Nen, DieuKhien::Nen, ManHinh::Nen {
-    KiemQuyen::Goi goi;
+struct NenGia : Cau::Nen, DieuKhien::Nen, ManHinh::Nen {
     bool ghi = false;
     bool troNang = false;
     std::string nhatKy;
 
-    KiemQuyen::Goi docGoi() override { return goi; }
     bool xinTroNang() override {
         nhatKy += "xinTroNang ";
         return troNang;
@@ -52,49 +50,44 @@ const std::string canhBao =
 }  // namespace
 
 TEST(KiemQuyen, baoCaoCuaTepTran) {
-    NenGia nen;
-    nen.goi.duongDan = "/opt/tovira";
-    const KiemQuyen kiem(nen, nen, nen, nen);
-    EXPECT_EQ(kiem.lapBaoCao().chu,
-              dauTran + "Ghi màn hình  : CHƯA cấp\nTrợ năng      : CHƯA cấp\n\n" + canhBao);
-    EXPECT_EQ(kiem.lapBaoCao().trangThai, 1);
-    nen.ghi = nen.troNang = true;
-    EXPECT_EQ(kiem.lapBaoCao().chu, dauTran + "Ghi màn hình  : đã cấp\nTrợ năng      : đã cấp\n\n" + canhBao);
-    EXPECT_EQ(kiem.lapBaoCao().trangThai, 0);
+    const KiemQuyen::Goi goi{"/opt/tovira", std::nullopt, std::nullopt};
+    const auto thieu = KiemQuyen::lapBaoCao(goi, {});
+    EXPECT_EQ(thieu.chu, dauTran + "Ghi màn hình  : CHƯA cấp\nTrợ năng      : CHƯA cấp\n\n" + canhBao);
+    EXPECT_EQ(thieu.trangThai, 1);
+    const auto du = KiemQuyen::lapBaoCao(goi, {true, true});
+    EXPECT_EQ(du.chu, dauTran + "Ghi màn hình  : đã cấp\nTrợ năng      : đã cấp\n\n" + canhBao);
+    EXPECT_EQ(du.trangThai, 0);
 }
 
 TEST(KiemQuyen, baoCaoCuaGoi) {
-    NenGia nen;
     KiemQuyen::ChuKy chuKy;
     chuKy.chungChi = {"Nguyễn Văn A"};
     chuKy.maDuyNhat = std::vector<std::uint8_t>{0x00, 0xab, 0x0f};
-    nen.goi = {"/Applications/Tovira.app", "vn.vi-du.tovira", chuKy};
-    nen.ghi = true;
-    const KiemQuyen kiem(nen, nen, nen, nen);
+    const KiemQuyen::Goi goi{"/Applications/Tovira.app", "vn.vi-du.tovira", chuKy};
+    const auto thieu = KiemQuyen::lapBaoCao(goi, {true, false});
+    const auto du = KiemQuyen::lapBaoCao(goi, {true, true});
     const std::string dau =
         "Tovira 1.0.3 — chẩn đoán quyền\n\nGói           : /Applications/Tovira.app\n"
         "Định danh     : vn.vi-du.tovira\n"
         "Chữ ký        : chứng chỉ \"Nguyễn Văn A\" — quyền sống qua các lần dựng lại\n"
         "CDHash        : 00ab0f\n\nGhi màn hình  : đã cấp\n";
-    EXPECT_EQ(kiem.lapBaoCao().chu,
-              dau +
-                  "Trợ năng      : CHƯA cấp\n\n"
-                  "Chưa cấp, hoặc đã cấp mà vẫn báo chưa:\n\n"
-                  "  1. Mở Cài đặt hệ thống → Quyền riêng tư & Bảo mật\n"
-                  "  2. Vào mục còn thiếu (Trợ năng / Ghi màn hình)\n"
-                  "  3. Chọn dòng \"Tovira\" rồi bấm dấu **−** để GỠ HẲN\n"
-                  "  4. Bấm **+**, chọn lại đúng gói:\n     /Applications/Tovira.app\n\n"
-                  "Bước 3 là bước hay bị bỏ qua. Tắt rồi bật lại công tắc KHÔNG đủ:\n"
-                  "dòng cũ vẫn mang chữ ký của bản dựng trước, mà chữ ký ad-hoc đổi\n"
-                  "sau mỗi lần dựng lại. Phải gỡ đi rồi thêm lại thì macOS mới ghi\n"
-                  "chữ ký mới (CDHash ở trên).\n\n"
-                  "Muốn hết phải làm lại mỗi lần dựng: ./tao-chung-chi-ky.sh\n");
-    EXPECT_EQ(kiem.lapBaoCao().trangThai, 1);
-    nen.troNang = true;
-    EXPECT_EQ(kiem.lapBaoCao().chu, dau +
-                                        "Trợ năng      : đã cấp\n\n"
-                                        "✓ Đủ cả hai quyền. Máy này nhận điều khiển từ xa được.\n");
-    EXPECT_EQ(kiem.lapBaoCao().trangThai, 0);
+    EXPECT_EQ(thieu.chu, dau +
+                             "Trợ năng      : CHƯA cấp\n\n"
+                             "Chưa cấp, hoặc đã cấp mà vẫn báo chưa:\n\n"
+                             "  1. Mở Cài đặt hệ thống → Quyền riêng tư & Bảo mật\n"
+                             "  2. Vào mục còn thiếu (Trợ năng / Ghi màn hình)\n"
+                             "  3. Chọn dòng \"Tovira\" rồi bấm dấu **−** để GỠ HẲN\n"
+                             "  4. Bấm **+**, chọn lại đúng gói:\n     /Applications/Tovira.app\n\n"
+                             "Bước 3 là bước hay bị bỏ qua. Tắt rồi bật lại công tắc KHÔNG đủ:\n"
+                             "dòng cũ vẫn mang chữ ký của bản dựng trước, mà chữ ký ad-hoc đổi\n"
+                             "sau mỗi lần dựng lại. Phải gỡ đi rồi thêm lại thì macOS mới ghi\n"
+                             "chữ ký mới (CDHash ở trên).\n\n"
+                             "Muốn hết phải làm lại mỗi lần dựng: ./tao-chung-chi-ky.sh\n");
+    EXPECT_EQ(thieu.trangThai, 1);
+    EXPECT_EQ(du.chu, dau +
+                          "Trợ năng      : đã cấp\n\n"
+                          "✓ Đủ cả hai quyền. Máy này nhận điều khiển từ xa được.\n");
+    EXPECT_EQ(du.trangThai, 0);
 }
 
 TEST(KiemQuyen, kieuChuKy) {
@@ -110,7 +103,7 @@ TEST(KiemQuyen, kieuChuKy) {
 
 TEST(KiemQuyen, xinRoiMoCaiDat) {
     NenGia nen;
-    KiemQuyen kiem(nen, nen, nen, nen);
+    KiemQuyen kiem(nen, nen, nen);
     kiem.moGhiManHinh();
     kiem.moTroNang();
     EXPECT_EQ(nen.nhatKy, "xinGhi caiDatGhi xinTroNang caiDatTroNang ");

@@ -64,22 +64,19 @@ std::optional<std::string> KiemQuyen::cdHash(const std::optional<ChuKy>& chuKy) 
     return kq;
 }
 
-KiemQuyen::BaoCao KiemQuyen::lapBaoCao() const {
-    const Goi goi = nen_.docGoi();
-    const bool ghi = duocGhiManHinh();
-    const bool troNang = duocTroNang();
+KiemQuyen::BaoCao KiemQuyen::lapBaoCao(const Goi& goi, Quyen quyen) {
     const auto daCap = [](bool co) { return co ? "đã cấp" : "CHƯA cấp"; };
 
     BaoCao kq;
-    kq.trangThai = ghi && troNang ? 0 : 1;
+    kq.trangThai = quyen.ghiManHinh && quyen.troNang ? 0 : 1;
     kq.chu = std::string("Tovira ") + phienBanTovira + " — chẩn đoán quyền\n\n";
     kq.chu += "Gói           : " + goi.duongDan + "\n";
     kq.chu += "Định danh     : " + goi.dinhDanh.value_or("(KHÔNG CÓ)") + "\n";
     kq.chu += "Chữ ký        : " + kieuChuKy(goi.chuKy) + "\n";
     kq.chu += "CDHash        : " + cdHash(goi.chuKy).value_or("(không đọc được)") + "\n";
     kq.chu += "\n";
-    kq.chu += std::string("Ghi màn hình  : ") + daCap(ghi) + "\n";
-    kq.chu += std::string("Trợ năng      : ") + daCap(troNang) + "\n";
+    kq.chu += std::string("Ghi màn hình  : ") + daCap(quyen.ghiManHinh) + "\n";
+    kq.chu += std::string("Trợ năng      : ") + daCap(quyen.troNang) + "\n";
     kq.chu += "\n";
 
     const std::string duoi = ".app";

@@ -35,8 +35,8 @@ class KiemQuyen {
         [[nodiscard]] virtual Goi docGoi() = 0;
     };
 
-    KiemQuyen(Nen& nen, Cau::Nen& xinQuyen, DieuKhien::Nen& dieuKhien, ManHinh::Nen& manHinh)
-        : nen_(nen), xinQuyen_(xinQuyen), dieuKhien_(dieuKhien), manHinh_(manHinh) {}
+    KiemQuyen(Cau::Nen& xinQuyen, DieuKhien::Nen& dieuKhien, ManHinh::Nen& manHinh)
+        : xinQuyen_(xinQuyen), dieuKhien_(dieuKhien), manHinh_(manHinh) {}
 
     // Neither prompts.
     [[nodiscard]] bool duocGhiManHinh() const { return manHinh_.duocGhi(); }
@@ -50,14 +50,17 @@ class KiemQuyen {
     // Lower-case hexadecimal without separators; absent where there is no code directory hash.
     [[nodiscard]] static std::optional<std::string> cdHash(const std::optional<ChuKy>& chuKy);
 
+    struct Quyen {
+        bool ghiManHinh = false;
+        bool troNang = false;
+    };
     struct BaoCao {
         std::string chu;    // whole lines, each with its line feed
         int trangThai = 1;  // exit status: 0 exactly when both permissions are granted
     };
-    [[nodiscard]] BaoCao lapBaoCao() const;
+    [[nodiscard]] static BaoCao lapBaoCao(const Goi& goi, Quyen quyen);
 
   private:
-    Nen& nen_;
     Cau::Nen& xinQuyen_;
     DieuKhien::Nen& dieuKhien_;
     ManHinh::Nen& manHinh_;

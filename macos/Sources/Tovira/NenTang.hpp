@@ -44,7 +44,6 @@ struct NenTang {
     [[nodiscard]] virtual CuaSo::NenTach& tach() = 0;
     [[nodiscard]] virtual Khay::Nen& khay() = 0;
     [[nodiscard]] virtual ChiBao::Nen& chiBao() = 0;
-    [[nodiscard]] virtual KiemQuyen::Nen& kiemQuyen() = 0;
     [[nodiscard]] virtual UngDung::Nen& ungDung() = 0;
 
     // Runs the platform's event loop with `ungDung` as its delegate: launching, reopening, menu actions and
