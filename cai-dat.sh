@@ -7,7 +7,7 @@ noi() { printf '• %s\n' "$*"; }
 # Debian and Ubuntu. One line a purpose.
 goiDebian=(
     g++ cmake ninja-build pkg-config
-    libasio-dev rapidjson-dev libutf8proc-dev liburiparser-dev libspng-dev
+    libasio-dev libfast-float-dev libutf8proc-dev liburiparser-dev libspng-dev
     libturbojpeg0-dev libjpeg-dev libyuv-dev
     libxcb1-dev libxcb-shm0-dev libxcb-xtest0-dev libxcb-randr0-dev libxcb-xfixes0-dev libxcb-damage0-dev
     libxcb-xkb-dev libxcb-keysyms1-dev libxcb-composite0-dev libxcb-xinput-dev libxcb-screensaver0-dev libxkbcommon-dev
@@ -17,7 +17,7 @@ goiDebian=(
     xvfb xauth openbox xdotool xterm x11-utils x11-xserver-utils x11-apps imagemagick curl dbus
     fonts-dejavu-core fonts-noto-core
 )
-goiHomebrew=(cmake ninja pkg-config asio rapidjson utf8proc uriparser libspng googletest node)
+goiHomebrew=(cmake ninja pkg-config asio fast_float utf8proc uriparser libspng googletest node)
 
 caiDebian() {
     local thieu=() goi

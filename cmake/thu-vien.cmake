@@ -11,11 +11,6 @@ add_library(tovira_fast_float INTERFACE)
 target_include_directories(tovira_fast_float SYSTEM INTERFACE ${FAST_FLOAT_INCLUDE_DIR})
 add_library(tovira::fast_float ALIAS tovira_fast_float)
 
-find_path(RAPIDJSON_INCLUDE_DIR rapidjson/reader.h REQUIRED)
-add_library(tovira_rapidjson INTERFACE)
-target_include_directories(tovira_rapidjson SYSTEM INTERFACE ${RAPIDJSON_INCLUDE_DIR})
-add_library(tovira::rapidjson ALIAS tovira_rapidjson)
-
 pkg_check_modules(utf8proc REQUIRED IMPORTED_TARGET libutf8proc)
 pkg_check_modules(uriparser REQUIRED IMPORTED_TARGET liburiparser)
 pkg_check_modules(spng REQUIRED IMPORTED_TARGET spng)

@@ -1,8 +1,8 @@
 #include "Json.hpp"
 
 #include <fast_float/fast_float.h>
-#include <rapidjson/reader.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -11,109 +11,256 @@
 
 namespace tovira {
 
-// What the reader reports while it walks the text. A false answer ends the reading: not acceptable.
-//
-// Numbers are taken as raw digits: the library's own conversion either rounds wrongly or, for a long enough
-// row of zeros behind the point, looks up a power of ten outside of its table.
-struct DoiTuongJson::BoDoc : rapidjson::BaseReaderHandler<rapidjson::UTF8<>, DoiTuongJson::BoDoc> {
-    BoDoc(DoiTuongJson& kq, bool coThoat) : kq_(kq), coThoat_(coThoat) {}
+namespace {
 
-    bool Null() { return giaTri({Loai::khac, khoa_, {}, 0, 0}); }
-    bool Bool(bool b) { return giaTri({Loai::so, khoa_, {}, b ? 1.0 : 0.0, 0}); }
+constexpr bool laChuSo(char c) {
+    return c >= '0' && c <= '9';
+}
+constexpr bool laTrang(char c) {
+    return c == ' ' || c == '\t' || c == '\n' || c == '\r';
+}
 
-    bool RawNumber(const char* chu, rapidjson::SizeType dai, bool) {
-        double so = 0;
-        fast_float::from_chars(chu, chu + dai, so);
-        return std::isfinite(so) && giaTri({Loai::so, khoa_, {}, so, 0});
+// Bytes at which the plain run of a text ends: its closing quote, an escape, and what must not stand in it
+// (control characters, and with them the NUL behind the input).
+constexpr std::array<bool, 256> hetDoanThuong = [] {
+    std::array<bool, 256> ra{};
+    for (std::size_t c = 0; c < 0x20; ++c)
+        ra[c] = true;
+    ra['"'] = ra['\\'] = true;
+    return ra;
+}();
+
+int giaTriHex(char c) {
+    if (laChuSo(c)) return c - '0';
+    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+    return -1;
+}
+
+// Writes code point `ma` as UTF-8 and answers where it ends. A surrogate becomes what no UTF-8 contains.
+char* vietUtf8(std::uint32_t ma, char* ra) {
+    const auto noi = [&](int doi) { *ra++ = static_cast<char>(0x80 | ((ma >> doi) & 0x3F)); };
+    if (ma < 0x80) {
+        *ra++ = static_cast<char>(ma);
+    } else if (ma < 0x800) {
+        *ra++ = static_cast<char>(0xC0 | (ma >> 6));
+        noi(0);
+    } else if (ma < 0x10000) {
+        *ra++ = static_cast<char>(0xE0 | (ma >> 12));
+        noi(6);
+        noi(0);
+    } else {
+        *ra++ = static_cast<char>(0xF0 | (ma >> 18));
+        noi(12);
+        noi(6);
+        noi(0);
     }
+    return ra;
+}
 
-    bool String(const char* chu, rapidjson::SizeType dai, bool) {
-        if (!chuDung(chu, dai)) return false;
-        if (trongMang_ && sau_ == 2) {
-            kq_.muc_.them({Loai::phanTu, {}, doan(chu, dai), 0, 0});
-            ++mang().soChu;
-            return true;
-        }
-        return giaTri({Loai::chu, khoa_, doan(chu, dai), 0, 0});
-    }
+// Equal? Keys are short and mostly differ in their first byte, which is cheaper to look at than a call.
+bool laMot(std::string_view a, std::string_view b) {
+    return a.size() == b.size() && (a.empty() || (a[0] == b[0] && a == b));
+}
 
-    bool Key(const char* chu, rapidjson::SizeType dai, bool) {
-        if (sau_ == 1) khoa_ = doan(chu, dai);
-        return chuDung(chu, dai);
-    }
+}  // namespace
 
-    bool StartObject() { return (sau_ == 0 || giaTri({Loai::khac, khoa_, {}, 0, 0})) && vao(); }
-    bool EndObject(rapidjson::SizeType) { return ra(); }
+// One walk over the text, which is decoded in place: a decoded text is never longer than it was written.
+// Every step starts at p_, leaves p_ behind what it has read, and answers false when that is not JSON. The
+// NUL behind the text is no part of any value, so that no step needs to ask for the end.
+class DoiTuongJson::BoDoc {
+  public:
+    BoDoc(DoiTuongJson& kq, std::size_t dai) : kq_(kq), vung_(kq.vung_.dau()), p_(vung_), het_(vung_ + dai) {}
 
-    bool StartArray() {
-        if (!giaTri({Loai::mangChu, khoa_, {}, 0, 0})) return false;
-        if (sau_ == 1) {
-            trongMang_ = true;
-            viTriMang_ = kq_.muc_.so() - 1;
-        }
-        return vao();
-    }
-    bool EndArray(rapidjson::SizeType) {
-        if (sau_ == 2) trongMang_ = false;
-        return ra();
+    bool doc() {
+        Muc goc{};
+        boTrang();
+        if (*p_ != '{' || !doiTuong(goc)) return false;
+        boTrang();
+        return p_ == het_;
     }
 
   private:
-    // Keeps a member of the object itself; a value further down only says that its array is not one of texts.
-    bool giaTri(const Muc& muc) {
-        if (sau_ == 1) kq_.muc_.them(muc);
-        if (sau_ == 2 && trongMang_) mang().loai = Loai::khac;
-        return sau_ > 0;
+    void boTrang() {
+        while (laTrang(*p_))
+            ++p_;
     }
 
-    bool vao() { return ++sau_ <= sauNhat; }
-    bool ra() {
+    // The next byte that is no white space must be `c`.
+    bool dau(char c) {
+        boTrang();
+        if (*p_ != c) return false;
+        ++p_;
+        return true;
+    }
+
+    bool giaTri(Muc& muc) {
+        boTrang();
+        switch (*p_) {
+            case '"':
+                muc.loai = Loai::chu;
+                return chuoi(muc.chu);
+            case '{':
+                return doiTuong(muc);
+            case '[':
+                return mang(muc);
+            case 't':
+                return tu("true", muc, Loai::so, 1);
+            case 'f':
+                return tu("false", muc, Loai::so, 0);
+            case 'n':
+                return tu("null", muc, Loai::khac, 0);
+            default:
+                muc.loai = Loai::so;
+                return so(muc.so);
+        }
+    }
+
+    bool tu(std::string_view chu, Muc& muc, Loai loai, double so) {
+        if (std::strncmp(p_, chu.data(), chu.size()) != 0) return false;
+        p_ += chu.size();
+        muc.loai = loai;
+        muc.so = so;
+        return true;
+    }
+
+    bool doiTuong(Muc& muc) {
+        muc.loai = Loai::khac;
+        return khoi('}', [this] {
+            Muc thanhVien{};
+            boTrang();
+            if (*p_ != '"' || !chuoi(thanhVien.khoa) || !dau(':') || !giaTri(thanhVien)) return false;
+            if (sau_ == 1) kq_.muc_.them(thanhVien);
+            return true;
+        });
+    }
+
+    // The texts of a member's array are kept in front of the member itself.
+    bool mang(Muc& muc) {
+        muc.loai = Loai::mangChu;
+        return khoi(']', [this, &muc] {
+            Muc phanTu{};
+            if (!giaTri(phanTu)) return false;
+            if (phanTu.loai != Loai::chu) {
+                muc.loai = Loai::khac;
+            } else if (sau_ == 2) {
+                phanTu.loai = Loai::phanTu;
+                kq_.muc_.them(phanTu);
+                ++muc.soChu;
+            }
+            return true;
+        });
+    }
+
+    // An opening bracket, any number of `phan` with commas between them, and `dong`.
+    template <class Phan>
+    bool khoi(char dong, Phan phan) {
+        ++p_;
+        if (++sau_ > sauNhat) return false;
+        if (!dau(dong)) {
+            do {
+                if (!phan()) return false;
+            } while (dau(','));
+            if (!dau(dong)) return false;
+        }
         --sau_;
         return true;
     }
 
-    // The reader lets the second half of a surrogate pair stand alone; decoded, it is not UTF-8.
-    [[nodiscard]] bool chuDung(const char* chu, std::size_t dai) const {
-        return !coThoat_ || laUtf8({chu, dai});
+    // The conversion is more liberal than JSON in three places: zeros in front, and no digit before or behind
+    // the point.
+    bool so(double& ra) {
+        const char* nguyen = p_ + (*p_ == '-' ? 1 : 0);
+        if (!laChuSo(*nguyen) || (*nguyen == '0' && laChuSo(nguyen[1]))) return false;
+        const char* cuoi = fast_float::from_chars(p_, het_, ra).ptr;
+        const char* cham = std::find(nguyen, cuoi, '.');
+        if (cham != cuoi && !laChuSo(cham[1])) return false;
+        p_ += cuoi - p_;
+        return std::isfinite(ra);
     }
 
-    [[nodiscard]] Doan doan(const char* chu, std::uint32_t dai) const {
-        return {static_cast<std::uint32_t>(chu - kq_.vung_.dau()), dai};
+    bool chuoi(Doan& ra) {
+        char* const dau = ++p_;
+        char* viet = dau;
+        bool canXet = false;
+        for (;;) {
+            char* const doan = p_;
+            unsigned cao = 0;
+            for (; !hetDoanThuong[static_cast<unsigned char>(*p_)]; ++p_)
+                cao |= static_cast<unsigned char>(*p_);
+            canXet |= cao >= 0x80;
+            if (viet != doan) std::memmove(viet, doan, static_cast<std::size_t>(p_ - doan));
+            viet += p_ - doan;
+            if (*p_ == '"') break;
+            if (*p_ != '\\' || !thoat(viet)) return false;
+            canXet = true;
+        }
+        ++p_;
+        ra = {static_cast<std::uint32_t>(dau - vung_), static_cast<std::uint32_t>(viet - dau)};
+        return !canXet || laUtf8(kq_.lay(ra));
     }
-    [[nodiscard]] Muc& mang() { return kq_.muc_.dau()[viTriMang_]; }
+
+    bool thoat(char*& viet) {
+        constexpr std::string_view ten = "\"\\/bfnrt";
+        constexpr std::string_view nghia = "\"\\/\b\f\n\r\t";
+        const char c = p_[1];
+        if (c == 'u') return thoatU(viet);
+        const auto i = ten.find(c);
+        if (i == std::string_view::npos) return false;
+        *viet++ = nghia[i];
+        p_ += 2;
+        return true;
+    }
+
+    // \uXXXX, together with the one behind it where the two are a surrogate pair.
+    bool thoatU(char*& viet) {
+        std::uint32_t ma = 0;
+        if (!maHex(ma)) return false;
+        if (ma >= 0xD800 && ma < 0xDC00 && p_[0] == '\\' && p_[1] == 'u') {
+            std::uint32_t sau = 0;
+            if (!maHex(sau) || sau < 0xDC00 || sau >= 0xE000) return false;
+            ma = 0x10000 + ((ma - 0xD800) << 10) + (sau - 0xDC00);
+        }
+        viet = vietUtf8(ma, viet);
+        return true;
+    }
+
+    bool maHex(std::uint32_t& ra) {
+        p_ += 2;
+        for (int i = 0; i < 4; ++i, ++p_) {
+            const int so = giaTriHex(*p_);
+            if (so < 0) return false;
+            ra = ra * 16 + static_cast<std::uint32_t>(so);
+        }
+        return true;
+    }
 
     DoiTuongJson& kq_;
-    const bool coThoat_;
+    char* const vung_;
+    char* p_;
+    const char* const het_;
     int sau_ = 0;
-    Doan khoa_{};
-    bool trongMang_ = false;
-    std::size_t viTriMang_ = 0;
 };
 
 std::optional<DoiTuongJson> DoiTuongJson::doc(std::string_view utf8) {
-    // The reader works in place and stops at a NUL, so there must be none but the one put behind the text.
-    if (utf8.size() >= std::numeric_limits<std::uint32_t>::max()) return std::nullopt;
-    if (utf8.find('\0') != std::string_view::npos || !laUtf8(utf8)) return std::nullopt;
-
     std::optional<DoiTuongJson> kq(std::in_place);
-    kq->vung_.datCo(utf8.size() + 1);
-    char* vung = kq->vung_.dau();
+    if (!kq->nap(utf8)) kq.reset();
+    return kq;
+}
+
+bool DoiTuongJson::nap(std::string_view utf8) {
+    if (utf8.size() >= std::numeric_limits<std::uint32_t>::max()) return false;
+    vung_.datCo(utf8.size() + 1);
+    char* vung = vung_.dau();
     std::copy(utf8.begin(), utf8.end(), vung);
     vung[utf8.size()] = '\0';
-
-    // Recursion is bounded: the handler refuses to go deeper than sauNhat.
-    rapidjson::InsituStringStream dong(vung);
-    rapidjson::Reader doc;
-    BoDoc boDoc(*kq, utf8.find('\\') != std::string_view::npos);
-    constexpr unsigned co = rapidjson::kParseInsituFlag | rapidjson::kParseNumbersAsStringsFlag;
-    if (doc.Parse<co>(dong, boDoc).IsError()) kq.reset();
-    return kq;
+    return BoDoc(*this, utf8.size()).doc();
 }
 
 const DoiTuongJson::Muc* DoiTuongJson::tim(std::string_view khoa) const {
     for (std::size_t i = muc_.so(); i > 0; --i) {
         const Muc& muc = muc_.dau()[i - 1];
-        if (muc.loai != Loai::phanTu && lay(muc.khoa) == khoa) return &muc;
+        if (muc.loai != Loai::phanTu && laMot(lay(muc.khoa), khoa)) return &muc;
     }
     return nullptr;
 }
@@ -135,8 +282,8 @@ std::optional<std::vector<std::string_view>> DoiTuongJson::mangChu(std::string_v
     if (muc == nullptr || muc->loai != Loai::mangChu) return std::nullopt;
     std::vector<std::string_view> ra;
     ra.reserve(muc->soChu);
-    for (std::size_t i = 1; i <= muc->soChu; ++i)
-        ra.push_back(lay(muc[i].chu));
+    for (const Muc* phanTu = muc - muc->soChu; phanTu != muc; ++phanTu)
+        ra.push_back(lay(phanTu->chu));
     return ra;
 }
 

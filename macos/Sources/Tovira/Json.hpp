@@ -16,6 +16,8 @@ namespace tovira {
 template <class T, std::size_t N>
 class DayNho {
   public:
+    DayNho() {}  // the places are not cleared
+
     [[nodiscard]] T* dau() { return ngoai_.empty() ? trong_.data() : ngoai_.data(); }
     [[nodiscard]] const T* dau() const { return ngoai_.empty() ? trong_.data() : ngoai_.data(); }
     [[nodiscard]] std::size_t so() const { return so_; }
@@ -46,8 +48,8 @@ class DoiTuongJson {
     // Values may be nested this deep, as in the platform's own parser.
     static constexpr int sauNhat = 512;
 
-    // The empty object.
-    DoiTuongJson() = default;
+    // The empty object. (Not defaulted: that would clear all of it each time.)
+    DoiTuongJson() {}
 
     // Absent when `utf8` is not exactly one JSON object. The later of two equal keys wins.
     [[nodiscard]] static std::optional<DoiTuongJson> doc(std::string_view utf8);
@@ -61,7 +63,7 @@ class DoiTuongJson {
     [[nodiscard]] std::optional<std::vector<std::string_view>> mangChu(std::string_view khoa) const;
 
   private:
-    struct BoDoc;
+    class BoDoc;
 
     enum class Loai : std::uint8_t { chu, so, mangChu, phanTu, khac };
 
@@ -70,19 +72,20 @@ class DoiTuongJson {
         std::uint32_t dai;
     };
 
-    // A member of the object, or (phanTu) a text of the array whose member comes before it.
+    // A member of the object, or (phanTu) a text of the array whose member comes after it.
     struct Muc {
         Loai loai;
         Doan khoa;
         Doan chu;           // chu, phanTu
         double so;          // so
-        std::size_t soChu;  // mangChu: how many elements follow
+        std::size_t soChu;  // mangChu: how many elements stand before it
     };
 
+    [[nodiscard]] bool nap(std::string_view utf8);
     [[nodiscard]] std::string_view lay(Doan doan) const { return {vung_.dau() + doan.dau, doan.dai}; }
     [[nodiscard]] const Muc* tim(std::string_view khoa) const;
 
-    DayNho<char, 512> vung_;  // the text, decoded in place
+    DayNho<char, 256> vung_;  // the text, decoded in place
     DayNho<Muc, 8> muc_;
 };
 
