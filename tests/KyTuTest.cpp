@@ -49,5 +49,15 @@ TEST(KyTu, Utf16) {
     EXPECT_EQ(sangUtf16(std::string_view("\0", 1)).size(), 1U);
 }
 
+TEST(KyTu, PiecesOfUtf16KeepPairsWhole) {
+    EXPECT_EQ(daiDoanUtf16(u"", 2), 0U);
+    EXPECT_EQ(daiDoanUtf16(u"ab", 2), 2U);
+    EXPECT_EQ(daiDoanUtf16(u"abc", 2), 2U);
+    EXPECT_EQ(daiDoanUtf16(u"a😀", 2), 1U);
+    EXPECT_EQ(daiDoanUtf16(u"a😀", 3), 3U);
+    EXPECT_EQ(daiDoanUtf16(u"😀😀", 2), 2U);
+    EXPECT_EQ(daiDoanUtf16(u"😀😀", 3), 2U);
+}
+
 }  // namespace
 }  // namespace tovira

@@ -88,4 +88,10 @@ std::u16string sangUtf16(std::string_view utf8) {
     return ra;
 }
 
+std::size_t daiDoanUtf16(std::u16string_view donVi, std::size_t toiDa) {
+    if (donVi.size() <= toiDa) return donVi.size();
+    const bool giuaCap = donVi[toiDa] >= 0xDC00 && donVi[toiDa] < 0xE000;
+    return giuaCap ? toiDa - 1 : toiDa;
+}
+
 }  // namespace tovira

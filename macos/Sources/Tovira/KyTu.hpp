@@ -20,4 +20,8 @@ namespace tovira {
 // `utf8` in UTF-16 code units. Bytes that are not UTF-8 become U+FFFD.
 [[nodiscard]] std::u16string sangUtf16(std::string_view utf8);
 
+// How many units at the front of `donVi` make a piece of at most `toiDa` (2 or more) that does not end inside
+// a surrogate pair.
+[[nodiscard]] std::size_t daiDoanUtf16(std::u16string_view donVi, std::size_t toiDa);
+
 }  // namespace tovira
