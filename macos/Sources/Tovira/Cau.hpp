@@ -10,6 +10,7 @@
 namespace tovira {
 
 class CuaSo;
+class DoiTuongJson;
 
 // Who posted a message, as the engine tells it, never the page.
 enum class LoaiKhung : std::uint8_t { chinh, con };  // main frame / any other frame
@@ -68,6 +69,24 @@ class Cau {
     [[nodiscard]] static std::string nhayJS(std::string_view chu);
 
   private:
+    // What each kind of message does.
+    void napXong(const DoiTuongJson& than);
+    void manHinhBat(const DoiTuongJson& than);
+    void caoManHinh(const DoiTuongJson& than);
+    void manHinhTat(const DoiTuongJson& than);
+    void dat(const DoiTuongJson& than);
+    void ngonNgu(const DoiTuongJson& than);
+    void lenh(const DoiTuongJson& than);
+    void ipc(const DoiTuongJson& than);
+    void moThuMucNhan(const DoiTuongJson& than);
+    void dongThuMucNhan(const DoiTuongJson& than);
+    void chonThuMucLuu(const DoiTuongJson& than);
+    void moThuMucTai(const DoiTuongJson& than);
+    void hienTrongFinder(const DoiTuongJson& than);
+    void moTroNang(const DoiTuongJson& than);
+    // Hands a folder's answer to the page, if there still is one.
+    [[nodiscard]] std::function<void(NhanTep::TraLoi)> traLoiNhan();
+
     CuaSo& cuaSo_;
     NhanTep& nhanTep_;
     Nen& nen_;

@@ -18,7 +18,7 @@ struct ThaoTacDieuHuong {
     YeuCauTai taiVe = YeuCauTai::khong;
 };
 
-enum class QuyetDinhDieuHuong : std::uint8_t { choPhep, huy, taiXuong, moNgoai, thuLai };
+enum class QuyetDinhDieuHuong : std::uint8_t { choPhep, taiXuong, moNgoai, thuLai };
 
 struct ChinhSachDieuHuong {
     // The link of the lost-connection page: asks the server again.

@@ -135,6 +135,8 @@ class CuaSo {
     // Is a page of this origin trusted with the bridge at this moment?
     [[nodiscard]] bool gocCauDuoc(std::string_view goc) const;
     [[nodiscard]] Cau& cau() { return cau_; }
+    // For work that is called back later; to be locked on the main thread only.
+    [[nodiscard]] std::weak_ptr<CuaSo> yeu() const { return conSong_; }
     [[nodiscard]] const TheoDoiMayChu& theoDoi() const { return theoDoi_; }
 
     // Events of the window.
@@ -166,7 +168,12 @@ class CuaSo {
   private:
     // Probes the server and lets the answer decide what to load, unless something newer has decided by then.
     void nap();
-    void nhipTheoDoi();
+    void nhip();
+    void traLoiNhip(bool song);
+    // Loads what is shown, anew.
+    void taiLai();
+    void dungChiaSe();
+    [[nodiscard]] std::string gocKem() const;
     void theoDoiQuyen();
     void theoDoiMayChu();
 
@@ -181,7 +188,7 @@ class CuaSo {
     std::uint64_t soQuyetDinh_ = 0;  // how often it has been decided what to load
     std::unique_ptr<HenGio> dongHoQuyen_;
     std::unique_ptr<HenGio> dongHoMayChu_;
-    std::shared_ptr<CuaSo*> conSong_;  // what deferred work holds weakly
+    std::shared_ptr<CuaSo> conSong_;  // owns nothing: what deferred work holds weakly
 };
 
 }  // namespace tovira

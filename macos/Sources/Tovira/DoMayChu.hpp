@@ -1,7 +1,7 @@
 #pragma once
 // The probe of the rendezvous server: a bare TCP connect, no byte sent. tachDiaChi: any thread, pure.
 // song(url, cho): any thread but main. song(url, cho, xong): main thread; the work is done on a short-lived
-// thread "tv-do-may-chu".
+// thread of its own.
 
 #include <cstdint>
 #include <functional>
@@ -31,7 +31,9 @@ class DoMayChu {
     // Splits a server address into host and port; absent when it is not usable.
     [[nodiscard]] static std::optional<DiaChi> tachDiaChi(std::string_view url);
 
-    // Does the server take TCP connections? Blocks for at most `cho` seconds; false where the time runs out.
+    // Does the server take TCP connections? Blocks for at most `cho` seconds; false when the time runs out.
+    // Every address of the host is tried at once. Refused and reset decide as soon as no other address is
+    // still being tried; every other error (no route, no such name …) waits the time out.
     [[nodiscard]] static bool song(std::string_view url, double cho);
 
     // The same without blocking; `xong` runs once on the main queue.
@@ -39,7 +41,7 @@ class DoMayChu {
 
   private:
     struct Ruot;
-    std::unique_ptr<Ruot> ruot_;
+    std::shared_ptr<Ruot> ruot_;
 };
 
 }  // namespace tovira
