@@ -4,6 +4,7 @@
 #include <QTextBlockFormat>
 #include <QTextBrowser>
 #include <QTextCursor>
+#include <QTextFrame>
 #include <QVBoxLayout>
 
 #include "CuaSoPhuLinux.hpp"

@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "Cau.hpp"
 #include "ChinhSachDieuHuong.hpp"
@@ -64,8 +65,9 @@ class CuaSo {
         // Builds the view at its first size: persistent data store, channel Cau::tenKenh, no swipe
         // navigation, no script yet. Called once, before NenCua::dung.
         virtual void dung(CuaSo& chu) = 0;
-        // Removes every user script and installs this one: at document start, main frame only.
-        virtual void datKichBan(const std::string& kichBan) = 0;
+        // Removes every user script and installs this one: at document start, main frame only. `gocTin` are
+        // the origins that it trusts, for an engine whose channel needs a gate of its own.
+        virtual void datKichBan(const std::string& kichBan, const std::vector<std::string>& gocTin) = 0;
         // Loads an address, default cache policy; `cho` is the request's time-out in seconds.
         virtual void tai(const std::string& diaChi, double cho) = 0;
         // Shows an HTML text that has no base address (its origin is opaque).

@@ -1,0 +1,174 @@
+#include "CuaSoLinux.hpp"
+
+#include <QCloseEvent>
+#include <QMenuBar>
+#include <QScreen>
+#include <QWindow>
+
+#include "ThanhMenu.hpp"
+
+namespace tovira {
+namespace {
+
+constexpr int nghiTruocKhiLuu = 300;  // milliseconds a dragged window rests before its place is saved
+// Milliseconds that a window may be out of sight without meaning it: managers unmap and map it while they
+// dress it.
+constexpr int choBiChe = 250;
+
+}  // namespace
+
+CuaSoLinux::CuaSoLinux(TrangLinux& trang, CaiDat& caiDat) : trang_(trang), caiDat_(caiDat) {
+    henLuu_.setSingleShot(true);
+    henLuu_.setInterval(nghiTruocKhiLuu);
+    connect(&henLuu_, &QTimer::timeout, this, &CuaSoLinux::luuKhung);
+    henXemChe_.setSingleShot(true);
+    henXemChe_.setInterval(choBiChe);
+    connect(&henXemChe_, &QTimer::timeout, this, &CuaSoLinux::xemBiChe);
+}
+
+CuaSoLinux::~CuaSoLinux() {
+    if (chu_ == nullptr) return;
+    if (henLuu_.isActive()) luuKhung();
+    // The view belongs to the page's ground.
+    trang_.khungNhin().setParent(nullptr);
+}
+
+void CuaSoLinux::dung(CuaSo& chu) {
+    chu_ = &chu;
+    setWindowTitle(QString::fromLatin1(CuaSo::tieuDe));
+    setMinimumSize(static_cast<int>(CuaSo::rongNhoNhat), static_cast<int>(CuaSo::caoNhoNhat));
+    dungThanhMenu(*menuBar(), [this](LenhMenu lenh) { chonMenu(lenh); });
+    setCentralWidget(&trang_.khungNhin());
+    datKhungDau();
+}
+
+void CuaSoLinux::datKhungDau() {
+    resize(static_cast<int>(CuaSo::rongDau),
+           static_cast<int>(CuaSo::caoDau) + menuBar()->sizeHint().height());
+    move(screen()->availableGeometry().center() - rect().center());
+    if (const auto luu = caiDat_.doc(CuaSo::tenLuuKhung)) {
+        // Brings a place that no screen shows any more back into sight by itself.
+        restoreGeometry(QByteArray::fromBase64(QByteArray::fromStdString(*luu)));
+    }
+}
+
+void CuaSoLinux::luuKhung() {
+    caiDat_.ghi(CuaSo::tenLuuKhung, saveGeometry().toBase64().toStdString());
+}
+
+// Only a place that the user can have chosen. (A parked window itself stays where it was.)
+void CuaSoLinux::henLuu() {
+    if (chu_ != nullptr && isVisible() && !isMinimized()) henLuu_.start();
+}
+
+DoCuaSo::TrangThai CuaSoLinux::trangThai() const {
+    const QPoint goc = pos();
+    return {{static_cast<double>(goc.x()), static_cast<double>(goc.y()), static_cast<double>(width()),
+             static_cast<double>(height())},
+            dangDoXa_ || isVisible(),
+            !dangDoXa_ && isMinimized()};
+}
+
+void CuaSoLinux::hien() {
+    setWindowState(windowState() & ~Qt::WindowMinimized);
+    show();
+    raise();
+    activateWindow();
+}
+
+void CuaSoLinux::an() {
+    hide();
+}
+
+void CuaSoLinux::doXa() {
+    if (dangDoXa_) return;
+    dangDoXa_ = true;
+    bai_.nhan(*takeCentralWidget());
+    hide();
+}
+
+void CuaSoLinux::veCho(Diem goc) {
+    if (!dangDoXa_) return;
+    dangDoXa_ = false;
+    setWindowState(windowState() & ~Qt::WindowMinimized);
+    setCentralWidget(&trang_.khungNhin());
+    bai_.dong();
+    const QPoint cho(static_cast<int>(goc.x), static_cast<int>(goc.y));
+    if (cho != pos()) move(cho);
+}
+
+void CuaSoLinux::raTruoc() {
+    // Not before it is certain that it will not be parked in this very turn: nobody is to see it flash.
+    QTimer::singleShot(0, this, [this] {
+        if (dangDoXa_) return;
+        setWindowState(windowState() & ~Qt::WindowMinimized);
+        setAttribute(Qt::WA_ShowWithoutActivating, true);
+        show();
+        setAttribute(Qt::WA_ShowWithoutActivating, false);
+    });
+}
+
+void CuaSoLinux::choThuNho() {
+    if (!windowFlags().testFlag(Qt::WindowMinimizeButtonHint)) setWindowFlag(Qt::WindowMinimizeButtonHint);
+}
+
+void CuaSoLinux::chonMenu(LenhMenu lenh) {
+    if (const auto sua = hanhDongSua(lenh)) {
+        trang_.khungNhin().triggerPageAction(*sua);
+    } else if (lenh == LenhMenu::an) {
+        // Hiding is closing: out of sight, and parked while the page is needed.
+        chu_->khiXinDong();
+    } else if (khiChonMenu) {
+        khiChonMenu(lenh);
+    }
+}
+
+void CuaSoLinux::closeEvent(QCloseEvent* e) {
+    e->ignore();
+    chu_->khiXinDong();
+}
+
+void CuaSoLinux::changeEvent(QEvent* e) {
+    QMainWindow::changeEvent(e);
+    if (e->type() != QEvent::WindowStateChange || chu_ == nullptr || dangDoXa_ || !isMinimized()) return;
+    // Later: the toolkit is in the middle of the change.
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            if (!dangDoXa_ && isVisible() && isMinimized()) chu_->khiThuNho();
+        },
+        Qt::QueuedConnection);
+}
+
+void CuaSoLinux::showEvent(QShowEvent* e) {
+    QMainWindow::showEvent(e);
+    if (auto* w = windowHandle()) {
+        w->removeEventFilter(this);
+        w->installEventFilter(this);
+    }
+}
+
+bool CuaSoLinux::eventFilter(QObject* vat, QEvent* e) {
+    if (vat == windowHandle() && e->type() == QEvent::Expose && !windowHandle()->isExposed())
+        henXemChe_.start();
+    return QMainWindow::eventFilter(vat, e);
+}
+
+// Out of sight though nobody has hidden it: on another desktop, say. (A covered window is exposed to X11 and
+// goes on drawing.)
+void CuaSoLinux::xemBiChe() {
+    if (dangDoXa_ || !isVisible() || isMinimized() || windowHandle()->isExposed()) return;
+    chu_->khiChe();
+}
+
+void CuaSoLinux::moveEvent(QMoveEvent* e) {
+    QMainWindow::moveEvent(e);
+    henLuu();
+}
+
+void CuaSoLinux::resizeEvent(QResizeEvent* e) {
+    QMainWindow::resizeEvent(e);
+    henLuu();
+}
+
+}  // namespace tovira

@@ -1,0 +1,57 @@
+#pragma once
+// Main thread. The main window.
+
+#include <QMainWindow>
+#include <QTimer>
+#include <functional>
+#include <memory>
+
+#include "BaiDoXa.hpp"
+#include "CuaSo.hpp"
+#include "MenuChinh.hpp"
+#include "TrangLinux.hpp"
+
+namespace tovira {
+
+class CuaSoLinux final : public QMainWindow, public CuaSo::NenCua {
+  public:
+    CuaSoLinux(TrangLinux& trang, CaiDat& caiDat);
+    ~CuaSoLinux() override;
+
+    void dung(CuaSo& chu) override;
+    [[nodiscard]] DoCuaSo::TrangThai trangThai() const override;
+    void hien() override;
+    void an() override;
+    void doXa() override;
+    void veCho(Diem goc) override;
+    void raTruoc() override;
+    void choThuNho() override;
+
+    // The menu commands that are not about editing or hiding.
+    std::function<void(LenhMenu)> khiChonMenu;
+
+  protected:
+    void closeEvent(QCloseEvent* e) override;
+    void changeEvent(QEvent* e) override;
+    void showEvent(QShowEvent* e) override;
+    void moveEvent(QMoveEvent* e) override;
+    void resizeEvent(QResizeEvent* e) override;
+    bool eventFilter(QObject* vat, QEvent* e) override;
+
+  private:
+    void chonMenu(LenhMenu lenh);
+    void datKhungDau();
+    void luuKhung();
+    void henLuu();
+    void xemBiChe();
+
+    TrangLinux& trang_;
+    CaiDat& caiDat_;
+    CuaSo* chu_ = nullptr;
+    BaiDoXa bai_;
+    bool dangDoXa_ = false;
+    QTimer henLuu_;
+    QTimer henXemChe_;
+};
+
+}  // namespace tovira

@@ -1,0 +1,98 @@
+#include "CuaSoTachLinux.hpp"
+
+#include <QCloseEvent>
+#include <QMainWindow>
+#include <QScreen>
+#include <QTimer>
+#include <QWebEngineNewWindowRequest>
+#include <QWebEngineScript>
+#include <QWebEngineView>
+#include <utility>
+
+#include "TrangChung.hpp"
+
+namespace tovira {
+namespace {
+
+// How long the page of a closed window may take over its own close handling.
+constexpr int hanDong = 2000;  // milliseconds
+
+}  // namespace
+
+// One pop-up: a window, a view, and a page without bridge or channel.
+class CuaSoTachLinux::KhungTach final : public QMainWindow {
+  public:
+    KhungTach(const MoTach& mo, CuaSo& chu, CuaSoTachLinux& tach)
+        : trang_(std::make_unique<TrangChung>(tach.hoSo_.hoSo(), chu, tach)),
+          ma_(mo.ma),
+          chu_(chu),
+          tach_(tach) {
+        setWindowTitle(QString::fromLatin1(CuaSo::tieuDe));
+        nhin_ = new QWebEngineView(this);
+        nhin_->setPage(trang_.get());
+        setCentralWidget(nhin_);
+        setMinimumSize(static_cast<int>(MoTach::rongNhoNhat), static_cast<int>(MoTach::caoNhoNhat));
+        resize(static_cast<int>(mo.rong), static_cast<int>(mo.cao));
+        move(screen()->availableGeometry().center() - rect().center());
+        connect(trang_.get(), &QWebEnginePage::windowCloseRequested, this, [this] {
+            chu_.khiTachTuDong(ma_);
+            if (daDong_) tach_.an(ma_);
+        });
+    }
+    ~KhungTach() override {
+        // The page goes before the view that shows it, and may outlive neither.
+        nhin_->setPage(nullptr);
+    }
+    KhungTach(const KhungTach&) = delete;
+    KhungTach& operator=(const KhungTach&) = delete;
+
+    [[nodiscard]] TrangChung& trang() { return *trang_; }
+
+  protected:
+    void closeEvent(QCloseEvent* e) override {
+        e->accept();
+        if (std::exchange(daDong_, true)) return;
+        chu_.khiTachSapDong(ma_);
+        QTimer::singleShot(hanDong, this, [this] { tach_.an(ma_); });
+    }
+
+  private:
+    std::unique_ptr<TrangChung> trang_;
+    QWebEngineView* nhin_;
+    MaTach ma_;
+    CuaSo& chu_;
+    CuaSoTachLinux& tach_;
+    bool daDong_ = false;
+};
+
+CuaSoTachLinux::CuaSoTachLinux(HoSoWeb& hoSo) : hoSo_(hoSo) {}
+
+CuaSoTachLinux::~CuaSoTachLinux() = default;
+
+void CuaSoTachLinux::mo(const MoTach& mo, QWebEngineNewWindowRequest& xin, CuaSo& chu) {
+    auto khung = std::make_unique<KhungTach>(mo, chu, *this);
+    xin.openIn(&khung->trang());
+    khung->show();
+    khung->activateWindow();
+    cacKhung_[mo.ma] = std::move(khung);
+}
+
+void CuaSoTachLinux::dong(MaTach ma) {
+    if (const auto o = cacKhung_.find(ma); o != cacKhung_.end()) o->second->close();
+}
+
+void CuaSoTachLinux::an(MaTach ma) {
+    const auto nut = cacKhung_.extract(ma);
+    if (!nut) return;
+    // Often called from within an event of the window's own page.
+    nut.mapped()->hide();
+    nut.mapped().release()->deleteLater();
+}
+
+void CuaSoTachLinux::chay(MaTach ma, const char* js) {
+    if (const auto o = cacKhung_.find(ma); o != cacKhung_.end()) {
+        o->second->trang().runJavaScript(QString::fromUtf8(js), QWebEngineScript::MainWorld);
+    }
+}
+
+}  // namespace tovira

@@ -1,0 +1,56 @@
+#pragma once
+// Main thread. The channel from a page to the host. The engine's transport lives in an isolated world, which
+// no page can reach; the page only has a shim that hands texts over by DOM events.
+
+#include <QObject>
+#include <QString>
+#include <QWebChannel>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+class QWebEnginePage;
+
+namespace tovira {
+
+// The receiving end, with the members that Qt gives every object still on it.
+class KenhCauTho : public QObject {
+    Q_OBJECT
+  public:
+    explicit KenhCauTho(std::function<void(const QString&)> khiNhan) : khiNhan_(std::move(khiNhan)) {}
+    Q_INVOKABLE void nhan(const QString& chu) { khiNhan_(chu); }
+
+  private:
+    std::function<void(const QString&)> khiNhan_;
+};
+
+class KenhCau {
+  public:
+    struct NguoiNhan {
+        // One posted value as JSON text, from the main frame.
+        std::function<void(const QString& json)> khiThongDiep;
+        // The user is about to follow a link of the main frame to this address.
+        std::function<void(const QString& diaChi)> khiBam;
+    };
+
+    KenhCau(QWebEnginePage& trang, NguoiNhan nguoiNhan);
+    ~KenhCau();
+    KenhCau(const KenhCau&) = delete;
+    KenhCau& operator=(const KenhCau&) = delete;
+
+    // Replaces every script of the page, from its next document on: the relay for these origins, and
+    // `kichBan` in the page's own world with the shim before it.
+    void datKichBan(const std::string& kichBan, const std::vector<std::string>& gocTin);
+
+  private:
+    void nhan(const QString& chu) const;
+
+    QWebEnginePage& trang_;
+    NguoiNhan nguoiNhan_;
+    std::unique_ptr<KenhCauTho> dau_;
+    QWebChannel kenh_;
+    QString tenSuKien_;
+};
+
+}  // namespace tovira

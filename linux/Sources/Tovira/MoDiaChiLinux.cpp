@@ -1,0 +1,12 @@
+#include "MoDiaChiLinux.hpp"
+
+#include <QDesktopServices>
+#include <QUrl>
+
+namespace tovira {
+
+void MoDiaChiLinux::mo(const std::string& diaChi) {
+    QDesktopServices::openUrl(QUrl(QString::fromStdString(diaChi)));
+}
+
+}  // namespace tovira
