@@ -19,7 +19,7 @@ trap dep EXIT
 trap 'exit 143' TERM INT
 
 mkfifo "$thuMuc/so"
-Xvfb -displayfd 3 -screen 0 "${TOVIRA_THU_MAN_HINH:-1280x800x24}" -nolisten tcp +extension XTEST 3>"$thuMuc/so" >"$thuMuc/xvfb.log" 2>&1 &
+Xvfb -displayfd 3 -screen 0 "${TOVIRA_THU_MAN_HINH:-1280x800x24}" -nolisten tcp -noreset +extension XTEST 3>"$thuMuc/so" >"$thuMuc/xvfb.log" 2>&1 &
 cacTienTrinh+=($!)
 read -r -t 20 so <"$thuMuc/so" || { cat "$thuMuc/xvfb.log" >&2; echo "Xvfb did not start" >&2; exit 1; }
 export DISPLAY=":$so"
