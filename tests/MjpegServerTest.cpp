@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <pthread.h>
 
+#include <array>
 #include <atomic>
 #include <list>
 #include <random>
@@ -185,8 +186,12 @@ TEST(MjpegServer, nguoiChuaCoMoiDuocGuiLai) {
     co.may.dangKhung(khung, MjpegServer::Gui::nguoiChuaCo);
     EXPECT_EQ(moi.layAnh(), "một");
     co.may.dangKhung(khung, MjpegServer::Gui::nguoiChuaCo);
-    ASSERT_TRUE(choDen([&] { return co.may.coNguoiRanh(); }));
-    co.may.dangKhung(khungTu("hai"));
+    // The new one may not be free yet; it is offered this one until it has it.
+    const auto hai = khungTu("hai");
+    ASSERT_TRUE(choDen([&] {
+        co.may.dangKhung(hai, MjpegServer::Gui::nguoiChuaCo);
+        return moi.docThem(1) == KhachThu::Doc::con;
+    }));
     EXPECT_EQ(cu.layAnh(), "hai") << "the old viewer was not sent the same frame again";
     EXPECT_EQ(moi.layAnh(), "hai");
 }
@@ -206,6 +211,49 @@ TEST(MjpegServer, lanGuiLaiBiLoThiVanConThieu) {
     ASSERT_TRUE(choDen([&] { return ranh == 2; }));
     co.may.dangKhung(khung, MjpegServer::Gui::nguoiChuaCo);
     EXPECT_TRUE(tac.layAnh() == anhRatTo('k'));
+}
+
+TEST(MjpegServer, nhacLaiChoAiChuaDuHaiLan) {
+    const std::array khung{khungTu("một"), khungTu("hai")};
+    std::atomic<std::size_t> nay{0};
+    MjpegServer* may = nullptr;
+    // As an owner answers: whoever is free and lacks the present frame gets it.
+    CoMay co([&] { may->dangKhung(khung[nay], MjpegServer::Gui::nguoiChuaCo); });
+    may = &co.may;
+    const auto nhacLai = [&] { co.may.dangKhung(khung[0], MjpegServer::Gui::nhacLai); };
+    KhachXem cu(co.may);
+    EXPECT_EQ(cu.layAnh(), "một");
+    nhacLai();
+    EXPECT_EQ(cu.layAnh(), "một");
+    KhachXem moi(co.may);
+    EXPECT_EQ(moi.layAnh(), "một");
+    for (int lan = 0; lan < 3; ++lan)
+        nhacLai();
+    EXPECT_EQ(moi.layAnh(), "một");
+    nay = 1;
+    co.may.dangKhung(khung[1]);
+    for (KhachXem* khach : {&cu, &moi})
+        EXPECT_EQ(khach->layAnh(), "hai") << "the one before came twice, no more";
+}
+
+TEST(MjpegServer, baoKhiRanhGoiDungMotLan) {
+    std::atomic<int> ranh{0};
+    CoMay co([&] { ++ranh; });
+    KhachXem tac(co.may, 4096);
+    ASSERT_TRUE(choDen([&] { return ranh == 1; }));
+    co.may.baoKhiRanh();
+    ASSERT_TRUE(choDen([&] { return ranh == 2; })) << "somebody is free already";
+    co.may.dangKhung(khungTu(anhRatTo('k')));
+    co.may.baoKhiRanh();
+    EXPECT_EQ(co.may.soKhach(), 1U);
+    EXPECT_EQ(ranh, 2);
+    ASSERT_TRUE(tac.layAnh() == anhRatTo('k'));
+    ASSERT_TRUE(choDen([&] { return ranh == 3; })) << "free, though it missed nothing that was sent";
+    co.may.dangKhung(khungTu("sau"));
+    EXPECT_EQ(tac.layAnh(), "sau");
+    ASSERT_TRUE(choDen([&] { return co.may.coNguoiRanh(); }));
+    EXPECT_EQ(co.may.soKhach(), 1U);
+    EXPECT_EQ(ranh, 3);
 }
 
 TEST(MjpegServer, nguoiDiDuocNhanRaDuKhongGuiGi) {

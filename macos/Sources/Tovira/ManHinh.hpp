@@ -5,9 +5,11 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "CanhNguoiXem.hpp"
 #include "Chung.hpp"
 #include "HangDoi.hpp"
 #include "HinhHoc.hpp"
@@ -16,7 +18,6 @@
 namespace tovira {
 
 class DieuKhien;
-class MjpegServer;
 
 // One entry of the display list that the page sees.
 struct MucManHinh {
@@ -107,6 +108,92 @@ class ManHinh : public CoChung<ManHinh> {
         // Keeps the desktop session from falling asleep while `giu` is true.
         virtual void giuThuc(bool giu) = 0;
     };
+
+    using KhiCoDanhSach = std::function<void(const std::vector<MucManHinh>&)>;
+
+    // Pixels; the page moves caoToiDa between caoSan and caoTranCung.
+    static constexpr std::int64_t caoSan = 480;
+    static constexpr std::int64_t caoTranCung = 2880;
+    static constexpr int khungMoiGiay = 12;
+
+    // All three must outlive this.
+    ManHinh(Nen& nen, VongLap& vongLap, DieuKhien& dieuKhien);
+    ~ManHinh();
+    ManHinh(const ManHinh&) = delete;
+    ManHinh& operator=(const ManHinh&) = delete;
+
+    // Asks for the display list; `xong` runs once, on the main queue or (without the permission) at once.
+    // Never prompts; a failure is an empty list.
+    void hoiDanhSach(KhiCoDanhSach xong);
+    // Starts sharing the display at list position `chiSo`, the nearest one when it is out of range. A running
+    // share goes on until the new one takes its place. The outcome arrives through khiDoi.
+    void batDau(std::int64_t chiSo);
+    // Sets the greatest capture height in pixels, clamped; changes below 16 % are ignored.
+    void datCanh(std::int64_t cao);
+    // Stops sharing, and whatever was about to be shared.
+    void dung();
+    void moCaiDatGhiManHinh();
+
+    // True while a capture is running and its server has started.
+    [[nodiscard]] bool dangPhat() const { return dangPhat_; }
+    // The most recent list that hoiDanhSach built.
+    [[nodiscard]] const std::vector<MucManHinh>& danhSach() const { return danhSach_; }
+    [[nodiscard]] std::int64_t caoToiDa() const { return caoToiDa_; }
+
+    // On the main queue: (url, "") started, ("", reason) failed, ("", "") stopped.
+    std::function<void(const std::string& url, const std::string& loi)> khiDoi;
+    // Sharing has stopped by itself for lack of viewers.
+    std::function<void()> khiTuDung;
+
+    // Pure rules.
+    // The system's name of a display, else "Màn hình " and its place in the list counted from one.
+    [[nodiscard]] static std::string tenManHinh(const Nguon& nguon, std::size_t viTri);
+    // The size at which a display of `co` pixels is captured: no higher than `caoToiDa`.
+    [[nodiscard]] static KichThuoc coThuNho(KichThuoc co, std::int64_t caoToiDa);
+    // What asking for `cao` makes of `caoToiDa`; nothing when the change is too small to matter.
+    [[nodiscard]] static std::optional<std::int64_t> canhMoi(std::int64_t cao, std::int64_t caoToiDa);
+
+  private:
+    struct MayChuAnh;
+    using DanhSachNguon = KetQua<std::vector<Nguon>>;
+
+    template <class F>
+    [[nodiscard]] auto veChinh(F viec);
+
+    void xinQuyen(std::uint64_t luot);
+    void moManHinh(const Nguon& nguon);
+    void moLuong(const Nguon& nguon);
+    [[nodiscard]] CauHinh dungCauHinh(const Nguon& nguon) const;
+    [[nodiscard]] PhiaNhan taoPhiaNhan(std::uint64_t luot);
+    void khiBatDauXong(std::uint64_t luot, const KetQua<void>& ketQua);
+    void khiBiDung(std::uint64_t luot, const Loi& loi);
+    void theoDoiManHinhDoi();
+    void timLaiManHinh(std::uint64_t luot);
+    void theoDoiNguoiXem();
+    void nhipNguoiXem();
+    void datDangPhat(bool dangPhat);
+    void boLuong();
+    void donDep();
+    void ngung();
+    void ketThucVi(const std::string& loi);
+    void bao(const std::string& url, const std::string& loi);
+    void baoLoi(const std::string& loi) { bao("", loi); }
+
+    Nen& nen_;
+    VongLap& vongLap_;
+    DieuKhien& dieuKhien_;
+    std::vector<MucManHinh> danhSach_;
+    std::optional<Nguon> manDangChia_;
+    std::int64_t caoToiDa_ = 2160;
+    bool dangPhat_ = false;
+    std::uint64_t luotXin_ = 0;    // the request to share that counts; a stop or a newer one outdates it
+    std::uint64_t luotLuong_ = 0;  // the stream that counts; 0 before the first
+    CanhNguoiXem canh_;
+    std::optional<double> lucTimLai_;                      // when the shared display was last looked for anew
+    std::shared_ptr<int> song_ = std::make_shared<int>();  // gone with this: late answers see it
+    std::unique_ptr<MayChuAnh> mayChuAnh_;
+    std::unique_ptr<Luong> luong_;  // ends before the server that its frames go to
+    std::unique_ptr<HenGio> dongHoNguoiXem_;
 };
 
 }  // namespace tovira

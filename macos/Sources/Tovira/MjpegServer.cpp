@@ -42,6 +42,20 @@ struct Khach {
     bool dangGui = false;          // a frame write is outstanding
     bool boLo = false;             // missed a frame since its last one was sent
     std::uint64_t khungTruoc = 0;  // the frame it was sent last, 0 before the first
+    bool haiLan = false;           // it was sent that frame more than once
+
+    // Is this viewer meant by a push of frame number `so`?
+    [[nodiscard]] bool duocGui(std::uint64_t so, MjpegServer::Gui gui) const {
+        switch (gui) {
+            case MjpegServer::Gui::moiNguoi:
+                return true;
+            case MjpegServer::Gui::nguoiChuaCo:
+                return boLo || khungTruoc != so;
+            case MjpegServer::Gui::nhacLai:
+                return khungTruoc != so || !haiLan;
+        }
+        return false;
+    }
 };
 
 }  // namespace
@@ -56,12 +70,14 @@ struct MjpegServer::Ruot {
     void khiGuiXong(const Noi& noi, KetNoi::KetCuc ketCuc);
     void dongKhach(const Noi& noi);
     void demRanh();
+    void baoRanh();
 
     MjpegServer& may;
     const std::string biMat = taoBiMat(soByteBiMat);
     std::atomic<bool> daTungCoKhach{false};
     std::atomic<bool> coNguoiRanh{false};
     std::map<KetNoi*, Khach> khach;  // on the queue only
+    bool hoiRanh = false;            // baoKhiRanh waits for a free viewer; on the queue only
     // The last member: while it ends, its completions still find the others.
     LangNghe langNghe{{.nhan = "tv-mjpeg", .luatDau = luatDau},
                       {.khiCoDau = [this](Noi noi, const std::string& phanDau,
@@ -92,19 +108,23 @@ void MjpegServer::Ruot::nhanKhach(const Noi& noi) {
     noi->theoDoi([this, yeu = std::weak_ptr(noi)] {
         if (const Noi con = yeu.lock()) dongKhach(con);
     });
+    baoRanh();
+}
+
+void MjpegServer::Ruot::baoRanh() {
+    hoiRanh = false;
     if (may.khiCoNguoiRanh) may.khiCoNguoiRanh();
 }
 
 void MjpegServer::Ruot::dangKhung(const Khung& khung, Gui gui) {
     std::vector<Noi> nhan;
     for (auto& [_, k] : khach) {
-        const bool thieu = k.boLo || k.khungTruoc != khung->so();
-        if (gui == Gui::nguoiChuaCo && !thieu) continue;
+        if (!k.duocGui(khung->so(), gui)) continue;
         if (k.dangGui) {
             k.boLo = true;
             continue;
         }
-        k = Khach{k.noi, true, false, khung->so()};
+        k = Khach{k.noi, true, false, khung->so(), k.khungTruoc == khung->so()};
         nhan.push_back(k.noi);
     }
     // Before the first byte goes out: whoever has seen the frame arrive is not told of the time before it.
@@ -121,7 +141,7 @@ void MjpegServer::Ruot::khiGuiXong(const Noi& noi, KetNoi::KetCuc ketCuc) {
     if (o == khach.end()) return;
     o->second.dangGui = false;
     demRanh();
-    if (o->second.boLo && may.khiCoNguoiRanh) may.khiCoNguoiRanh();
+    if (o->second.boLo || hoiRanh) baoRanh();
 }
 
 void MjpegServer::Ruot::dongKhach(const Noi& noi) {
@@ -155,6 +175,13 @@ void MjpegServer::dung() {
 void MjpegServer::dangKhung(Khung khung, Gui gui) {
     TOVIRA_BUOC(khung != nullptr);
     ruot_->langNghe.chay([r = ruot_.get(), khung = std::move(khung), gui] { r->dangKhung(khung, gui); });
+}
+
+void MjpegServer::baoKhiRanh() {
+    ruot_->langNghe.chay([r = ruot_.get()] {
+        r->hoiRanh = true;
+        if (r->coNguoiRanh) r->baoRanh();
+    });
 }
 
 std::size_t MjpegServer::soKhach() {

@@ -21,7 +21,7 @@ class MjpegServer {
     using Khung = std::shared_ptr<const KhungMjpeg>;
 
     // To whom a frame goes, among the viewers that are not busy.
-    enum class Gui : std::uint8_t { moiNguoi, nguoiChuaCo };
+    enum class Gui : std::uint8_t { moiNguoi, nguoiChuaCo, nhacLai };
 
     // Makes a fresh secret: 18 random bytes as 36 lower-case hexadecimal characters.
     MjpegServer();
@@ -39,7 +39,12 @@ class MjpegServer {
 
     // Any thread; returns at once. Hands a frame to every viewer that is free (moiNguoi), or only to those
     // free viewers that lack it (nguoiChuaCo): whose last frame is another one, or who missed a push since.
+    // nhacLai goes to those that have not been sent it twice.
     void dangKhung(Khung khung, Gui gui = Gui::moiNguoi);
+
+    // Any thread; returns at once. Asks for one call of khiCoNguoiRanh as soon as a viewer is free, now if
+    // one is: for a frame that the owner holds back while everybody is busy.
+    void baoKhiRanh();
 
     // Number of viewers now, asked on the server's queue: never call it from there.
     [[nodiscard]] std::size_t soKhach();
@@ -51,8 +56,8 @@ class MjpegServer {
     [[nodiscard]] std::uint16_t cong() const;
     [[nodiscard]] const std::string& biMat() const;
 
-    // Set before batDau. Called on "tv-mjpeg" when a viewer has joined, and when a viewer that missed a frame
-    // because it was busy is free again. Must not wait for anything.
+    // Set before batDau. Called on "tv-mjpeg" when a viewer has joined, when a viewer that missed a frame
+    // because it was busy is free again, and as baoKhiRanh says. Must not wait for anything.
     std::function<void()> khiCoNguoiRanh;
 
     // Any thread, pure. What a request head deserves: the status text of a rejection, or nothing when the

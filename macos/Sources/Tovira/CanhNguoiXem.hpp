@@ -1,0 +1,26 @@
+#pragma once
+// Main thread: a plain value. Decides when a share whose viewers have all left ends by itself.
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+
+namespace tovira {
+
+class CanhNguoiXem {
+  public:
+    // Seconds between two looks, and seconds without any viewer after which the share ends.
+    static constexpr double chuKy = 2.0;
+    static constexpr double hanVang = 8.0;
+
+    enum class Viec : std::uint8_t { tiep, ketThuc };
+
+    // One look at `luc` seconds of a clock that never jumps. `soKhach` is the number of viewers, absent as
+    // long as there has never been one: a share waits for its first viewer for as long as it takes.
+    [[nodiscard]] Viec nhip(std::optional<std::size_t> soKhach, double luc);
+
+  private:
+    std::optional<double> vangTu_;
+};
+
+}  // namespace tovira
