@@ -1,0 +1,37 @@
+#include "PhienLinux.hpp"
+
+#include <xcb/xtest.h>
+
+#include <cstdlib>
+#include <string_view>
+
+#include "XcbLinux.hpp"
+
+namespace tovira {
+
+bool laWayland(const char* loaiPhien, const char* manWayland) {
+    const std::string_view loai = loaiPhien != nullptr ? loaiPhien : "";
+    if (loai == "wayland") return true;
+    if (loai == "x11") return false;
+    return manWayland != nullptr && *manWayland != '\0';
+}
+
+bool dangOWayland() {
+    return laWayland(std::getenv("XDG_SESSION_TYPE"), std::getenv("WAYLAND_DISPLAY"));
+}
+
+std::string lyDoKhongDieuKhien() {
+    if (dangOWayland())
+        return "Phiên làm việc này chạy trên Wayland, nơi Tovira không điều khiển được chuột và bàn phím. "
+               "Hãy đăng "
+               "xuất rồi chọn phiên X11 (Xorg) ở màn hình đăng nhập.";
+    const auto x = moManX();
+    if (!x) return "Không có màn hình X11 nào để điều khiển (biến DISPLAY trống hoặc không kết nối được).";
+    if (!coMoRong(x.c(), &xcb_test_id))
+        return "Máy chủ X của màn hình này không có phần mở rộng XTEST hoặc không cho Tovira dùng nó. Hãy "
+               "bật XTEST "
+               "trong cấu hình máy chủ X rồi mở lại Tovira.";
+    return {};
+}
+
+}  // namespace tovira
