@@ -66,7 +66,7 @@ class DuaKhung : public std::enable_shared_from_this<DuaKhung> {
     std::uint64_t luot_ = 0;
     std::unique_ptr<ManHinh::Khung> cho_;  // the newest complete frame, while it is not encoded
     MjpegServer::Khung cuoi_;              // the last encoded frame
-    std::size_t coDem_ = 0;                // bytes that the largest frame so far has needed
+    std::size_t coDem_ = 0;                // bytes that the last frame took
     std::uint64_t hen_ = 0;                // counts what makes an earlier settling void
     bool daNhoBao_ = false;                // baoKhiRanh is outstanding
 };
