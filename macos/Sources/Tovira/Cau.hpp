@@ -56,7 +56,7 @@ class Cau {
 
     Cau(CuaSo& cuaSo, NhanTep& nhanTep, Nen& nen);
 
-    // One posted value as JSON text. A number that JSON cannot say (NaN, an infinity) is written 1e999.
+    // One posted value as JSON text. A number that JSON cannot say (NaN, an infinity) is written 1e300.
     // Dropped without a trace unless `nguoiGui` is the main frame of a page that is trusted at this moment. A
     // "cao" that is not finite or beyond 64 bits ends the process, after held input has been released.
     void nhan(std::string_view json, const NguoiGui& nguoiGui);

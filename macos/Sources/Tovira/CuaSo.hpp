@@ -175,7 +175,11 @@ class CuaSo {
     // Loads what is shown, anew.
     void taiLai();
     void dungChiaSe();
+    // The packaged interface's origin while it is in use, else empty.
     [[nodiscard]] std::string gocKem() const;
+    // The origins that are trusted with the bridge at this moment.
+    [[nodiscard]] std::vector<std::string> gocTin() const;
+    void datKichBan();
     void theoDoiQuyen();
     void theoDoiMayChu();
 
