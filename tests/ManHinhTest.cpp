@@ -3,7 +3,10 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
+#include <atomic>
 #include <limits>
+#include <mutex>
+#include <thread>
 
 #include "DieuKhien.hpp"
 #include "gia/KhachThu.hpp"
@@ -477,6 +480,34 @@ TEST_F(ManHinhThu, khungDenNguoiXem) {
     coKhung("đổi");
     for (KhachXem* khach : {a.get(), b.get()})
         EXPECT_EQ(anhKe(*khach), "đổi");
+}
+
+TEST_F(ManHinhThu, batDauVaDungTrongLucKhungDenTuLuongKhac) {
+    std::mutex khoa;
+    std::function<void(std::unique_ptr<ManHinh::Khung>)> dich;
+    std::atomic<bool> thoi{false};
+    std::thread hangKhung([&] {
+        while (!thoi) {
+            nen.hangDoi.tien(0.1);
+            const auto nay = (std::lock_guard(khoa), dich);
+            if (nay) nay(std::make_unique<KhungGia>(std::string(50'000, 'k')));
+            std::this_thread::yield();
+        }
+    });
+    for (int lan = 0; lan < 10; ++lan) {
+        xin(lan);
+        {
+            const std::lock_guard giu(khoa);
+            dich = luong().phiaNhan.khiCoKhung;
+        }
+        traLoi();
+        KhachXem khach(url);
+        EXPECT_FALSE(khach.layToi("image/jpeg").empty());
+        if (lan % 2 == 0) mh->dung();  // else the next share takes its place
+    }
+    mh.reset();
+    thoi = true;
+    hangKhung.join();
 }
 
 TEST_F(ManHinhThu, khongConAiXemThiTuDung) {
