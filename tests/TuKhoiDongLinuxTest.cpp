@@ -1,0 +1,79 @@
+#include "TuKhoiDongLinux.hpp"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <sstream>
+
+using namespace tovira;
+namespace fs = std::filesystem;
+
+namespace {
+
+class TuKhoiDongTest : public testing::Test {
+  protected:
+    void SetUp() override {
+        std::string mau = (fs::temp_directory_path() / "tu-khoi-dong-XXXXXX").string();
+        goc = ::mkdtemp(mau.data());
+    }
+    void TearDown() override { fs::remove_all(goc); }
+
+    [[nodiscard]] std::string doc() const {
+        std::ifstream vao(goc / "autostart" / "tovira.desktop");
+        return (std::stringstream() << vao.rdbuf()).str();
+    }
+    [[nodiscard]] std::size_t soTep() const {
+        return static_cast<std::size_t>(std::distance(fs::directory_iterator(goc / "autostart"), {}));
+    }
+
+    fs::path goc;
+};
+
+}  // namespace
+
+TEST_F(TuKhoiDongTest, batTatRoiDocLai) {
+    TuKhoiDongXdg t(goc / "autostart", "/opt/tovira");
+    EXPECT_FALSE(t.dangBat());
+    EXPECT_EQ(t.dat(false), std::nullopt);
+    EXPECT_EQ(t.dat(true), std::nullopt);
+    EXPECT_TRUE(t.dangBat());
+    EXPECT_NE(doc().find("\nExec=\"/opt/tovira\" --ngam\n"), std::string::npos);
+    EXPECT_EQ(t.dat(true), std::nullopt);
+    EXPECT_EQ(soTep(), 1U) << "nothing temporary is left";
+    EXPECT_EQ(t.dat(false), std::nullopt);
+    EXPECT_FALSE(t.dangBat());
+    EXPECT_EQ(soTep(), 0U);
+}
+
+TEST_F(TuKhoiDongTest, mucBiTatTrongCaiDatLaTat) {
+    TuKhoiDongXdg t(goc / "autostart", "/opt/tovira");
+    for (const char* dong : {"Hidden=true", "X-GNOME-Autostart-enabled=false"}) {
+        ASSERT_EQ(t.dat(true), std::nullopt);
+        std::ofstream(goc / "autostart" / "tovira.desktop", std::ios::app) << dong << "\n";
+        EXPECT_FALSE(t.dangBat()) << dong;
+    }
+}
+
+TEST_F(TuKhoiDongTest, duongDanKyLaDuocTrichDan) {
+    const auto exec = [](const char* duong) {
+        const std::string muc = TuKhoiDongXdg::lapMuc(duong);
+        const auto dau = muc.find("Exec=") + 5;
+        return muc.substr(dau, muc.find('\n', dau) - dau);
+    };
+    EXPECT_EQ(exec("/a b/tô"), R"("/a b/tô" --ngam)");
+    EXPECT_EQ(exec("/100%/t"), R"("/100%%/t" --ngam)");
+    EXPECT_EQ(exec("/$x`\"/t"), R"("/\\$x\\`\\"/t" --ngam)");
+    EXPECT_EQ(exec("/a\\b"), R"("/a\\\\b" --ngam)");
+    EXPECT_EQ(exec("/a\nb"), R"("/a\nb" --ngam)");
+}
+
+TEST_F(TuKhoiDongTest, khongGhiDuocThiNoiLyDo) {
+    std::ofstream(goc / "autostart") << "a file where the folder should be";
+    TuKhoiDongXdg t(goc / "autostart", "/opt/tovira");
+    const auto loi = t.dat(true);
+    ASSERT_TRUE(loi.has_value());
+    EXPECT_NE(loi->find("Không ghi được"), std::string::npos);
+    EXPECT_FALSE(t.dangBat());
+}
