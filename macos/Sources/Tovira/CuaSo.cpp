@@ -205,6 +205,7 @@ void CuaSo::trangDaNap() {
     dayTrangThai();
     dayTroNang(BatBuoc::co);
     hoiDanhSachManHinh();
+    if (khiTrangNap) khiTrangNap();
 }
 
 void CuaSo::dayTrangThai() {

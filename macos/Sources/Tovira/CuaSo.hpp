@@ -4,6 +4,7 @@
 // the page.
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -121,6 +122,9 @@ class CuaSo {
     void chay(std::string js);
     // A modal warning, always later, on the main queue.
     void baoLoi(std::string tieuDe, std::string chiTiet);
+
+    // Called each time a page has reported itself loaded, after the pushes.
+    std::function<void()> khiTrangNap;
 
     // Pushes of host state into the page.
     void trangDaNap();

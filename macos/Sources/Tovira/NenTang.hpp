@@ -13,6 +13,7 @@
 #include "Khay.hpp"
 #include "KiemQuyen.hpp"
 #include "ManHinh.hpp"
+#include "MayChuNhan.hpp"
 #include "NenChung.hpp"
 #include "TuKhoiDong.hpp"
 #include "UngDung.hpp"
@@ -26,7 +27,7 @@ struct NenTang {
     // has then been written to standard error.
     [[nodiscard]] static std::unique_ptr<NenTang> tao(int& soThamSo, char** thamSo);
 
-    // The folder of the packaged web application; may not exist.
+    // The folder of the packaged web application, named "giao-dien"; may not exist.
     [[nodiscard]] virtual std::string thuMucGiaoDien() const = 0;
 
     [[nodiscard]] virtual VongLap& vongLap() = 0;
@@ -38,7 +39,7 @@ struct NenTang {
     [[nodiscard]] virtual DieuKhien::Nen& dieuKhien() = 0;
     [[nodiscard]] virtual ManHinh::Nen& manHinh() = 0;
     [[nodiscard]] virtual Cau::Nen& xinQuyen() = 0;
-    [[nodiscard]] virtual Cau::NhanTep& nhanTep() = 0;
+    [[nodiscard]] virtual MayChuNhan::Nen& mayChuNhan() = 0;
     [[nodiscard]] virtual CuaSo::NenCua& cua() = 0;
     [[nodiscard]] virtual CuaSo::NenTrang& trang() = 0;
     [[nodiscard]] virtual CuaSo::NenTach& tach() = 0;
