@@ -262,7 +262,7 @@ TEST_F(CauTest, thuMucNhanTraLoiMotLanVeSau) {
         gui(tin);
         khac.choNhan({"/goc", 8080, "bm", ""});
         EXPECT_TRUE(trang.js.empty());
-        EXPECT_EQ(js(), Cac{kich_ban_trang::traLoiNhan({"/goc", 8080, "bm", ""})});
+        EXPECT_EQ(js(), Cac{noiTin(kich_ban_trang::traLoiNhan({"/goc", 8080, "bm", ""}))});
     }
     gui(R"({"k":"moThuMucTai"})");
     gui(R"({"k":"dongThuMucNhan"})");

@@ -179,7 +179,7 @@ TEST_F(CuaSoTest, moiDoiThayCuaManHinhDenTrang) {
     EXPECT_NE(ra.back().find("/man-hinh?k="), std::string::npos);
     EXPECT_NE(ra.back().find("dangPhat = true"), std::string::npos);
     manHinh.dung();
-    EXPECT_EQ(js().back(), kich_ban_trang::manHinh("", "", false));
+    EXPECT_EQ(js().back(), noiTin(kich_ban_trang::manHinh("", "", false)));
 }
 
 TEST_F(CuaSoTest, trangChetThiNapLaiMotLanRoiThoi) {

@@ -190,6 +190,10 @@ struct PhongWeb {
     void gui(std::string_view json, const NguoiGui& ai = {LoaiKhung::chinh, mayChu}) {
         cuaSo.cau().nhan(json, ai);
     }
+    // A script with a secret in it, as it is run while only the server is trusted.
+    static std::string noiTin(const std::string& js) {
+        return "if (false || location.origin === \"https://vi.du\") " + js;
+    }
     // The scripts that reach the page from here on, once the queue has run.
     std::vector<std::string> js() {
         vong.xa();

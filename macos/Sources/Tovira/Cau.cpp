@@ -239,7 +239,7 @@ void Cau::ipc(const DoiTuongJson& than) {
 
 std::function<void(Cau::NhanTep::TraLoi)> Cau::traLoiNhan() {
     return [yeu = cuaSo_.yeu()](const NhanTep::TraLoi& traLoi) {
-        if (const auto cuaSo = yeu.lock()) cuaSo->chay(kich_ban_trang::traLoiNhan(traLoi));
+        if (const auto cuaSo = yeu.lock()) cuaSo->chayNoiTin(kich_ban_trang::traLoiNhan(traLoi));
     };
 }
 

@@ -195,6 +195,12 @@ void CuaSo::chay(std::string js) {
     });
 }
 
+void CuaSo::chayNoiTin(std::string js) {
+    d_.vongLap.chay([yeu = yeu(), js = std::move(js)] {
+        if (const auto toi = yeu.lock()) toi->d_.trang.chay(kich_ban_trang::chiONoiTin(toi->gocTin(), js));
+    });
+}
+
 void CuaSo::baoLoi(std::string tieuDe, std::string chiTiet) {
     d_.vongLap.chay([yeu = yeu(), tieuDe = std::move(tieuDe), chiTiet = std::move(chiTiet)] {
         if (const auto toi = yeu.lock()) toi->d_.hopBao.canhBao(tieuDe, chiTiet);
@@ -226,7 +232,7 @@ void CuaSo::theoDoiQuyen() {
 }
 
 void CuaSo::dayManHinh(const std::string& duongDan, const std::string& loi) {
-    chay(kich_ban_trang::manHinh(duongDan, loi, ManHinh::chung().dangPhat()));
+    chayNoiTin(kich_ban_trang::manHinh(duongDan, loi, ManHinh::chung().dangPhat()));
 }
 
 void CuaSo::hoiDanhSachManHinh() {

@@ -120,6 +120,9 @@ class CuaSo {
 
     // Runs a script in the main web view: always later, on the main queue; result and errors are ignored.
     void chay(std::string js);
+    // The same, but only if the document that it meets is trusted at that moment: for scripts with a secret
+    // in them.
+    void chayNoiTin(std::string js);
     // A modal warning, always later, on the main queue.
     void baoLoi(std::string tieuDe, std::string chiTiet);
 

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "BatBien.hpp"
+#include "TenLuong.hpp"
 
 namespace tovira {
 namespace {
@@ -233,6 +234,7 @@ void DoMayChu::song(const std::string& url, double cho, std::function<void(bool)
     };
     try {
         muc->luong = std::thread([lan, traLoi, &vongLap = ruot_->vongLap] {
+            datTenLuong("tv-do-may-chu");
             const bool ketQua = lan->chay();
             vongLap.chay([traLoi, ketQua] { traLoi(ketQua); });
         });

@@ -1,7 +1,7 @@
 #pragma once
 // The probe of the rendezvous server: a bare TCP connect, no byte sent. tachDiaChi: any thread, pure.
 // song(url, cho): any thread but main. song(url, cho, xong): main thread; the work is done on a short-lived
-// thread of its own.
+// thread "tv-do-may-chu".
 
 #include <cstdint>
 #include <functional>

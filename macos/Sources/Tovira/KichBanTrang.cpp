@@ -130,4 +130,11 @@ std::string bamDung() {
     return "(function(){ var b = document.getElementById('bc-stop'); if (b) b.click(); })();";
 }
 
+std::string chiONoiTin(std::span<const std::string> gocTin, std::string_view js) {
+    std::string ra = "if (false";
+    for (const auto& goc : gocTin)
+        ra += " || location.origin === " + Cau::nhayJS(goc);
+    return ra.append(") ").append(js);
+}
+
 }  // namespace tovira::kich_ban_trang

@@ -27,4 +27,9 @@ namespace tovira::kich_ban_trang {
 // Clicks the page's own stop button.
 [[nodiscard]] std::string bamDung();
 
+// `js`, one statement, run only where the document's own origin is one of `gocTin`: for what carries a
+// secret. A page elsewhere may well have a window.tovira of its own making, but location.origin no page can
+// forge.
+[[nodiscard]] std::string chiONoiTin(std::span<const std::string> gocTin, std::string_view js);
+
 }  // namespace tovira::kich_ban_trang
