@@ -258,7 +258,8 @@ TEST_F(ManHinhX11, manHinhRandrThanhDanhSach) {
     ASSERT_TRUE(x.boManHinh("Phai"));
     const auto loi = nhan.choLoi();
     ASSERT_TRUE(loi);
-    EXPECT_EQ(loi->mien, "ManHinh");
+    EXPECT_EQ(std::pair(loi->mien, loi->ma),
+              std::pair(std::string(ManHinh::mienNguon), ManHinh::maManHinhDoi));
     EXPECT_FALSE(loi->moTa.empty());
     ASSERT_TRUE(x.boManHinh("Trai"));
 }
@@ -476,7 +477,7 @@ TEST_F(ManHinhX11, manHinhTatThiLuongKetThuc) {
     const auto loi = nhan.choLoi();
     x.batLaiManHinhDau();
     ASSERT_TRUE(loi);
-    EXPECT_EQ(loi->mien, "ManHinh");
+    EXPECT_EQ(loi->ma, ManHinh::maManHinhDoi);
     // A display that is not there any more cannot be opened either: the stream ends at once.
     auto nguon = lietKe().at(0);
     nguon.khung.rong -= 1;
@@ -493,7 +494,9 @@ TEST_F(ManHinhX11, matKetNoiVoiMayChuXThiLuongKetThuc) {
     mo();
     choYen();
     x.ngatKhachKhac();
-    ASSERT_TRUE(nhan.choLoi());
+    const auto loi = nhan.choLoi();
+    ASSERT_TRUE(loi);
+    EXPECT_NE(loi->ma, ManHinh::maManHinhDoi);
     mo();  // and another one can be started
     EXPECT_EQ(khungToi().tai(640, 400), Mau{0x203040});
 }

@@ -3,12 +3,20 @@
 
 #include <xcb/randr.h>
 
+#include <string>
+#include <utility>
 #include <vector>
 
 #include "ManHinh.hpp"
 #include "XcbLinux.hpp"
 
 namespace tovira {
+
+// Why the source failed, other than by a display that changed (ManHinh::maManHinhDoi).
+[[nodiscard]] inline Loi loiNguonX(std::string moTa) {
+    constexpr int maLoi = 2;
+    return {ManHinh::mienNguon, maLoi, std::move(moTa)};
+}
 
 // One question for the monitors, sent at once and answered later, so that it can travel with others.
 class HoiManHinhX {

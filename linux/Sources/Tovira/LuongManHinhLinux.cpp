@@ -18,11 +18,12 @@ namespace {
 
 using DongHo = std::chrono::steady_clock;
 
-constexpr const char* mienManHinh = "ManHinh";
-constexpr int maLoiChung = 1;
+Loi matKetNoi() {
+    return loiNguonX("Mất kết nối với máy chủ X");
+}
 
-Loi loi(int ma, const char* moTa) {
-    return {mienManHinh, ma, moTa};
+Loi manHinhDoi() {
+    return {ManHinh::mienNguon, ManHinh::maManHinhDoi, "Màn hình đang chia sẻ đã thay đổi hoặc bị ngắt"};
 }
 
 }  // namespace
@@ -78,6 +79,10 @@ class LuongManHinhLinux::Ruot : public std::enable_shared_from_this<Ruot> {
 
     KetQua<void> moNguon();
     void ketThuc(Loi vi);
+    // Why the server no longer answers for this monitor.
+    [[nodiscard]] Loi viSaoDung() const {
+        return xcb_connection_has_error(x_.c()) != 0 ? matKetNoi() : manHinhDoi();
+    }
 
     void xet();
     void choGio();
@@ -120,8 +125,8 @@ class LuongManHinhLinux::Ruot : public std::enable_shared_from_this<Ruot> {
 
 KetQua<void> LuongManHinhLinux::Ruot::moNguon() {
     x_ = moManX();
-    if (!x_) return loi(maLoiChung, "Không kết nối được với máy chủ X");
-    if (!docDuocDiemAnh(x_)) return loi(maLoiChung, "Màn hình không dùng màu 24 bit");
+    if (!x_) return loiNguonX("Không kết nối được với máy chủ X");
+    if (!docDuocDiemAnh(x_)) return loiNguonX("Màn hình không dùng màu 24 bit");
     coRandr_ = coRandr15(x_);
     if (auto kq = theoDoi_.batDau(x_); !kq) return kq;
     day_.assign(xcb_get_file_descriptor(x_.c()));
@@ -137,7 +142,7 @@ void LuongManHinhLinux::Ruot::ketThuc(Loi vi) {
 // moment when it may be done, or for the server to report something.
 void LuongManHinhLinux::Ruot::xet() {
     if (!x_) return;
-    if (!theoDoi_.docSuKien()) return ketThuc(loi(maLoiChung, "Mất kết nối với máy chủ X"));
+    if (!theoDoi_.docSuKien()) return ketThuc(matKetNoi());
     if (!batBuoc_ && !theoDoi_.coViec()) return choSuKien();
     const auto bayGio = DongHo::now();
     if (bayGio < luotSau_) return choGio();
@@ -201,9 +206,7 @@ bool LuongManHinhLinux::Ruot::xemThayDoi() {
     theoDoi_.conTroDoiAnh = theoDoi_.conTroVuaDung = theoDoi_.manDoi = false;
 
     if (hoiMan && !conManHinh(hoiMan->dapAn())) {
-        ketThuc(xcb_connection_has_error(c) != 0
-                    ? loi(maLoiChung, "Mất kết nối với máy chủ X")
-                    : loi(maLoiChung, "Màn hình đang chia sẻ đã thay đổi hoặc bị ngắt"));
+        ketThuc(viSaoDung());
         return false;
     }
     ++soPhienBan_;
@@ -251,8 +254,8 @@ bool LuongManHinhLinux::Ruot::danhDau(const OAnh& o) {
 
 void LuongManHinhLinux::Ruot::chup(const std::shared_ptr<DemAnh>& dem) {
     const auto cac = doanKhac(dem->phienBan, phienBan_, o_.cao);
-    if (!dem->doc(x_.goc(), o_.x, o_.y, cac))
-        return ketThuc(loi(maLoiChung, "Không đọc được hình từ máy chủ X"));
+    if (!dem->doc(x_.goc(), o_.x, o_.y, cac))  // the root window has become smaller than what was asked for
+        return ketThuc(viSaoDung());
     if (oConTro_ != OAnh{})
         for (const auto& d : cac)
             conTro_.ve(*dem, o_, d);

@@ -48,7 +48,7 @@ class NenManHinhLinux final : public ManHinh::Nen {
 
     void lietKe(std::function<void(KetQua<std::vector<ManHinh::Nguon>>)> xong) override {
         const auto x = moManX();
-        if (!x) return xong(Loi{"ManHinh", 1, "Không kết nối được với máy chủ X"});
+        if (!x) return xong(loiNguonX("Không kết nối được với máy chủ X"));
         xong(lietKeManHinhX(x));
     }
 

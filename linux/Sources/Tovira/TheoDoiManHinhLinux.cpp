@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <string_view>
 
+#include "DanhSachManHinhLinux.hpp"
+
 namespace tovira {
 
 namespace {
@@ -15,7 +17,7 @@ namespace {
 constexpr std::uint32_t nghiMiligiay = 100;
 
 Loi thieu(const char* moRong) {
-    return {"ManHinh", 1, std::string("Máy chủ X thiếu phần mở rộng ") + moRong};
+    return loiNguonX(std::string("Máy chủ X thiếu phần mở rộng ") + moRong);
 }
 
 int suKienDau(xcb_connection_t* c, xcb_extension_t* mo) {

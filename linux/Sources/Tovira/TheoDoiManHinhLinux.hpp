@@ -15,8 +15,8 @@ namespace tovira {
 
 class TheoDoiManHinh {
   public:
-    // Starts watching on `x`, which must outlive this. Fails with domain "ManHinh", code 1, when the server
-    // lacks DAMAGE or XFIXES.
+    // Starts watching on `x`, which must outlive this. Fails with loiNguonX when the server lacks
+    // DAMAGE or XFIXES.
     KetQua<void> batDau(const ManX& x);
 
     // Reads what the server has sent so far into the flags below; false when the connection is lost.
