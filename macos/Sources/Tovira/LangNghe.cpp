@@ -99,6 +99,14 @@ class LangNghe::KetNoiTcp final : public KetNoi, public std::enable_shared_from_
             });
     }
 
+    std::optional<std::size_t> guiNgay(std::span<const std::byte> dem) override {
+        if (!so_) return std::nullopt;
+        asio::error_code loi;
+        const std::size_t so = so_->write_some(asio::buffer(dem.data(), dem.size()), loi);
+        if (loi && loi != asio::error::would_block) return std::nullopt;
+        return so;
+    }
+
     void gui(std::span<const std::byte> dem, KhiGui xong) override {
         if (!so_) return asio::post(chu_->vong, [xong = std::move(xong)] { xong(KetCuc::hong); });
         ghi(dem, std::chrono::milliseconds::zero(), std::move(xong));
@@ -107,13 +115,16 @@ class LangNghe::KetNoiTcp final : public KetNoi, public std::enable_shared_from_
     void traRoiDong(std::string cau) override {
         if (!so_) return;
         cauTra_ = std::move(cau);
-        ghi(std::as_bytes(std::span(cauTra_)), chu_->cauHinh.hanGui,
-            [toi = shared_from_this()](KetCuc ketCuc) {
-                if (ketCuc == KetCuc::xong)
-                    toi->nan();
-                else
-                    toi->huy();
-            });
+        const auto tatCa = std::as_bytes(std::span(cauTra_));
+        const auto di = guiNgay(tatCa);
+        if (!di) return huy();
+        if (*di == tatCa.size()) return nan();
+        ghi(tatCa.subspan(*di), chu_->cauHinh.hanGui, [toi = shared_from_this()](KetCuc ketCuc) {
+            if (ketCuc == KetCuc::xong)
+                toi->nan();
+            else
+                toi->huy();
+        });
     }
 
     void theoDoi(std::function<void()> khiMat) override {
@@ -291,6 +302,7 @@ void LangNghe::Ruot::tiepNhan(CoSo so) {
     dongKhiExec(so.native_handle());
     asio::error_code khongSao;
     so.set_option(tcp::no_delay(true), khongSao);
+    so.non_blocking(true, khongSao);
     if (dangMo.size() >= cauHinh.toiDaKetNoi && !nhuongCho()) return;
     dangMo.push_back(std::make_shared<KetNoiTcp>(*this, std::move(so)));
     dangMo.back()->datCho(std::prev(dangMo.end()));

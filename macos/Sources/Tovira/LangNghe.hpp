@@ -38,6 +38,9 @@ class KetNoi {
     // Reads at least 1 byte and at most vao.size() (not 0) into `vao`, which must live until `xong` ran.
     // Silence of `hanIm` closes the connection. One read at a time.
     virtual void doc(std::span<std::byte> vao, std::chrono::milliseconds hanIm, KhiDoc xong) = 0;
+    // Sends what the system takes of `dem` at this moment, without waiting: how many bytes, possibly 0;
+    // nothing when the connection has failed. Not while a send is under way.
+    [[nodiscard]] virtual std::optional<std::size_t> guiNgay(std::span<const std::byte> dem) = 0;
     // Sends all of `dem`, which must live until `xong` ran, however long the peer takes. One send at a time.
     virtual void gui(std::span<const std::byte> dem, KhiGui xong) = 0;
     // Sends the last bytes of this connection and closes it so that they arrive: what the peer is still

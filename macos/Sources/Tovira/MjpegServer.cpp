@@ -67,6 +67,7 @@ struct MjpegServer::Ruot {
     void moDong(const Noi& noi);
     void nhanKhach(const Noi& noi);
     void dangKhung(const Khung& khung, Gui gui);
+    KetNoi::KetCuc guiKhung(Khach& khach, const Khung& khung);
     void khiGuiXong(const Noi& noi, KetNoi::KetCuc ketCuc);
     void dongKhach(const Noi& noi);
     void demRanh();
@@ -117,22 +118,33 @@ void MjpegServer::Ruot::baoRanh() {
 }
 
 void MjpegServer::Ruot::dangKhung(const Khung& khung, Gui gui) {
-    std::vector<Noi> nhan;
+    std::vector<Noi> hong;
     for (auto& [_, k] : khach) {
         if (!k.duocGui(khung->so(), gui)) continue;
-        if (k.dangGui) {
+        if (k.dangGui)
             k.boLo = true;
-            continue;
-        }
-        k = Khach{k.noi, true, false, khung->so(), k.khungTruoc == khung->so()};
-        nhan.push_back(k.noi);
+        else if (guiKhung(k, khung) == KetNoi::KetCuc::hong)
+            hong.push_back(k.noi);
     }
-    // Before the first byte goes out: whoever has seen the frame arrive is not told of the time before it.
+    for (const Noi& noi : hong)
+        dongKhach(noi);
     demRanh();
-    for (const Noi& noi : nhan) {
+}
+
+// A frame that fits on its way at once leaves its viewer free: frames that have piled up behind a busy
+// machine are then all sent, one after the other, and none is lost to a viewer that reads.
+KetNoi::KetCuc MjpegServer::Ruot::guiKhung(Khach& k, const Khung& khung) {
+    const auto phan = khung->phan();
+    k = Khach{k.noi, false, false, khung->so(), k.khungTruoc == khung->so()};
+    const auto di = k.noi->guiNgay(phan);
+    if (!di) return KetNoi::KetCuc::hong;
+    if (*di < phan.size()) {
+        k.dangGui = true;
         // The closure keeps the frame alive until its last byte is handed over.
-        noi->gui(khung->phan(), [this, khung, noi](KetNoi::KetCuc ketCuc) { khiGuiXong(noi, ketCuc); });
+        k.noi->gui(phan.subspan(*di),
+                   [this, khung, noi = k.noi](KetNoi::KetCuc ketCuc) { khiGuiXong(noi, ketCuc); });
     }
+    return KetNoi::KetCuc::xong;
 }
 
 void MjpegServer::Ruot::khiGuiXong(const Noi& noi, KetNoi::KetCuc ketCuc) {
