@@ -243,13 +243,13 @@ TEST_F(CuaSoTest, hopChonTepTheoTrang) {
 
 TEST_F(CuaSoTest, taiXuongBaoTrangVaHienTep) {
     const auto duong = cuaSo.khiChonNoiLuu(1, "../../a.txt");
-    EXPECT_EQ(duong, (tam.goc() / "a.txt").string());
+    EXPECT_EQ(duong, (tam.duong() / "a.txt").string());
     const auto thuHai = cuaSo.khiChonNoiLuu(2, "a.txt");
-    EXPECT_EQ(thuHai, (tam.goc() / "a (2).txt").string());
+    EXPECT_EQ(thuHai, (tam.duong() / "a (2).txt").string());
     cuaSo.khiTaiXong(1);
     cuaSo.khiTaiXong(1);
     EXPECT_EQ(khac.lay(), Cac{"hien " + duong});
-    EXPECT_EQ(js(), Cac{kich_ban_trang::daTai(tam.goc().string(), "a.txt")});
+    EXPECT_EQ(js(), Cac{kich_ban_trang::daTai(tam.duong().string(), "a.txt")});
     cuaSo.khiTaiHong(2, "đứt mạng");
     cuaSo.khiTaiHong(3, "chưa kịp chọn chỗ");
     cuaSo.khiTaiXong(2);

@@ -1,12 +1,10 @@
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <filesystem>
-#include <fstream>
 #include <set>
 
 #include "TaiXuong.hpp"
 #include "gia/CaiDatGia.hpp"
+#include "gia/ThuMucTam.hpp"
 
 using namespace tovira;
 namespace fs = std::filesystem;
@@ -81,23 +79,21 @@ TEST(DatTenTep, haiLuotCungLucKhongTrungTen) {
 }
 
 TEST(DatTenTep, thuMucLuuConSongThiDung) {
-    std::string mau = (fs::temp_directory_path() / "thu-muc-luu-XXXXXX").string();
-    const fs::path goc = ::mkdtemp(mau.data());
+    const gia::ThuMucTam goc;
     gia::CaiDatGia caiDat;
     TepGia tep;
     EXPECT_EQ(TaiXuong::thuMucLuu(caiDat, tep), fs::temp_directory_path().string());
     tep.taiXuong = "/nha/Downloads";
     for (const std::string& gia : {std::string(), (goc / "da-xoa").string(), (goc / "tep").string()}) {
-        std::ofstream(goc / "tep") << "x";
+        gia::ghiTep(goc / "tep", "x");
         caiDat.kho["thuMucLuuTep"] = gia;
         EXPECT_EQ(TaiXuong::thuMucLuu(caiDat, tep), "/nha/Downloads") << gia;
     }
-    caiDat.kho["thuMucLuuTep"] = goc.string();
-    EXPECT_EQ(TaiXuong::thuMucLuu(caiDat, tep), goc.string());
+    caiDat.kho["thuMucLuuTep"] = goc.duong().string();
+    EXPECT_EQ(TaiXuong::thuMucLuu(caiDat, tep), goc.duong().string());
 
     EXPECT_TRUE(coTep((goc / "tep").string()));
     EXPECT_FALSE(coTep((goc / "khong").string()));
     fs::create_symlink("khong", goc / "lien-ket-dut");
     EXPECT_TRUE(coTep((goc / "lien-ket-dut").string())) << "a download must not be written through it";
-    fs::remove_all(goc);
 }

@@ -5,6 +5,7 @@
 #include "CuaSoTach.hpp"
 #include "QuyTacSap.hpp"
 #include "gia/NenCuaGia.hpp"
+#include "gia/NenTachGia.hpp"
 
 using namespace tovira;
 using Viec = std::vector<std::string>;
@@ -81,19 +82,8 @@ TEST_F(DoCuaSoTest, biCheKhiPhatThiDo) {
     EXPECT_EQ(nen.lay(), Viec{"doXa"});
 }
 
-namespace {
-
-struct NenTachGia final : CuaSoTach::Nen {
-    Viec viec;
-    void dong(MaTach ma) override { viec.push_back("dong " + std::to_string(ma)); }
-    void an(MaTach ma) override { viec.push_back("an " + std::to_string(ma)); }
-    void chay(MaTach ma, const char* js) override { viec.push_back(std::to_string(ma) + ": " + js); }
-};
-
-}  // namespace
-
 TEST(CuaSoTach, moiLucMotCuaSo) {
-    NenTachGia nen;
+    gia::NenTachGia nen;
     CuaSoTach t(nen);
     const auto a = t.mo({}, {});
     EXPECT_EQ(a.rong, 980);
@@ -118,7 +108,7 @@ TEST(CuaSoTach, diaChiThatRaNgoaiVaKichCoVoLyThanhMacDinh) {
     EXPECT_FALSE(CuaSoTach::moNgoai("about:blank"));
     EXPECT_TRUE(CuaSoTach::moNgoai("about:blank#x"));
     EXPECT_TRUE(CuaSoTach::moNgoai("https://vi.du/"));
-    NenTachGia nen;
+    gia::NenTachGia nen;
     CuaSoTach t(nen);
     for (const double xau : {0.0, -5.0, 1e30, std::numeric_limits<double>::quiet_NaN()}) {
         EXPECT_EQ(t.mo(xau, {}).rong, 980) << xau;

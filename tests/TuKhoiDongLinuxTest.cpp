@@ -1,34 +1,21 @@
 #include "TuKhoiDongLinux.hpp"
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <fstream>
-#include <sstream>
+
+#include "gia/ThuMucTam.hpp"
 
 using namespace tovira;
-namespace fs = std::filesystem;
 
 namespace {
 
 class TuKhoiDongTest : public testing::Test {
   protected:
-    void SetUp() override {
-        std::string mau = (fs::temp_directory_path() / "tu-khoi-dong-XXXXXX").string();
-        goc = ::mkdtemp(mau.data());
-    }
-    void TearDown() override { fs::remove_all(goc); }
+    [[nodiscard]] std::string doc() const { return gia::docTep(goc / "autostart/tovira.desktop"); }
+    [[nodiscard]] std::size_t soTep() const { return gia::lietKe(goc / "autostart").size(); }
 
-    [[nodiscard]] std::string doc() const {
-        std::ifstream vao(goc / "autostart" / "tovira.desktop");
-        return (std::stringstream() << vao.rdbuf()).str();
-    }
-    [[nodiscard]] std::size_t soTep() const {
-        return static_cast<std::size_t>(std::distance(fs::directory_iterator(goc / "autostart"), {}));
-    }
-
-    fs::path goc;
+    gia::ThuMucTam goc;
 };
 
 }  // namespace
@@ -51,7 +38,7 @@ TEST_F(TuKhoiDongTest, mucBiTatTrongCaiDatLaTat) {
     TuKhoiDongXdg t(goc / "autostart", "/opt/tovira");
     for (const char* dong : {"Hidden=true", "X-GNOME-Autostart-enabled=false"}) {
         ASSERT_EQ(t.dat(true), std::nullopt);
-        std::ofstream(goc / "autostart" / "tovira.desktop", std::ios::app) << dong << "\n";
+        std::ofstream(goc / "autostart/tovira.desktop", std::ios::app) << dong << "\n";
         EXPECT_FALSE(t.dangBat()) << dong;
     }
 }

@@ -2,7 +2,6 @@
 // A folder of a test's own, gone with everything in it when the test ends, and the shortest ways to look into
 // it.
 
-#include <gtest/gtest.h>
 #include <stdlib.h>
 
 #include <filesystem>
@@ -11,13 +10,15 @@
 #include <string>
 #include <string_view>
 
+#include "BatBien.hpp"
+
 namespace tovira::gia {
 
 class ThuMucTam {
   public:
     ThuMucTam() {
         std::string mau = (std::filesystem::temp_directory_path() / "tv-thu-XXXXXX").string();
-        EXPECT_NE(::mkdtemp(mau.data()), nullptr);
+        TOVIRA_BUOC(::mkdtemp(mau.data()) != nullptr);
         duong_ = std::filesystem::canonical(mau);
     }
     ~ThuMucTam() {

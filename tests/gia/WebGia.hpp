@@ -1,10 +1,7 @@
 #pragma once
 // The web host on a platform that only remembers what it was told, around the real capture and input types.
 
-#include <unistd.h>
-
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <string>
 #include <utility>
@@ -20,6 +17,8 @@
 #include "gia/NenCuaGia.hpp"
 #include "gia/NenDieuKhienGia.hpp"
 #include "gia/NenManHinhGia.hpp"
+#include "gia/NenTachGia.hpp"
+#include "gia/ThuMucTam.hpp"
 #include "gia/VongLapGia.hpp"
 
 namespace tovira::gia {
@@ -45,13 +44,6 @@ struct NenTrangGia final : CuaSo::NenTrang {
         html = h;
     }
     void chay(const std::string& j) override { js.push_back(j); }
-};
-
-struct NenTachGia final : CuaSoTach::Nen {
-    std::vector<std::string> viec;
-    void dong(MaTach ma) override { viec.push_back("dong " + std::to_string(ma)); }
-    void an(MaTach ma) override { viec.push_back("an " + std::to_string(ma)); }
-    void chay(MaTach ma, const char* js) override { viec.push_back(std::to_string(ma) + ": " + js); }
 };
 
 // Alerts, opened addresses, revealed files, login item and permission prompt: one diary.
@@ -119,25 +111,6 @@ struct DoMayChuGia final : DoMayChu {
     }
 };
 
-// A folder that is gone when the test is over.
-class ThuMucTam {
-  public:
-    ThuMucTam() {
-        std::string mau = (std::filesystem::temp_directory_path() / "tovira-thu-XXXXXX").string();
-        goc_ = ::mkdtemp(mau.data());
-    }
-    ~ThuMucTam() {
-        std::error_code loi;
-        std::filesystem::remove_all(goc_, loi);
-    }
-    ThuMucTam(const ThuMucTam&) = delete;
-    ThuMucTam& operator=(const ThuMucTam&) = delete;
-    [[nodiscard]] const std::filesystem::path& goc() const { return goc_; }
-
-  private:
-    std::filesystem::path goc_;
-};
-
 struct PhongWeb {
     static constexpr const char* mayChu = "https://vi.du";
 
@@ -156,7 +129,7 @@ struct PhongWeb {
     NenLinhTinhGia khac;
     CaiDatGia caiDat;
     DoMayChuGia doMayChu{vong};
-    GiaoDienKem giaoDienKem{tam.goc()};
+    GiaoDienKem giaoDienKem{tam.duong()};
     CuaSo cuaSo{{vong, thamSo, cua, trang, tach, nenNhap, khac, khac, khac, khac, caiDat, khac, khac,
                  doMayChu, giaoDienKem}};
 
@@ -164,13 +137,13 @@ struct PhongWeb {
         thamSo.mayChu = mayChu;
         thamSo.duongDanApp = std::string(mayChu) + "/app";
         thamSo.gocMayChu = mayChu;
-        khac.thuMuc = tam.goc().string();
+        khac.thuMuc = tam.duong().string();
     }
 
     // The packaged interface can be served from now on.
     void coGiaoDien() {
-        std::filesystem::create_directories(tam.goc() / "giao-dien");
-        std::ofstream(tam.goc() / "giao-dien" / "app.html") << "x";
+        std::filesystem::create_directories(tam / "giao-dien");
+        ghiTep(tam / "giao-dien" / "app.html", "x");
     }
     [[nodiscard]] std::string gocKem() const {
         return "http://127.0.0.1:" + std::to_string(giaoDienKem.cong());
