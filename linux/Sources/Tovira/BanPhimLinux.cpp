@@ -51,7 +51,10 @@ void BanPhimLinux::Giai::operator()(xkb_keymap* p) const {
     xkb_keymap_unref(p);
 }
 
-BanPhimLinux::BanPhimLinux() : canh_(xkb_context_new(XKB_CONTEXT_NO_DEFAULT_INCLUDES)) {}
+BanPhimLinux::BanPhimLinux() : canh_(xkb_context_new(XKB_CONTEXT_NO_DEFAULT_INCLUDES)) {
+    // A server that goes away is no news for standard error.
+    if (canh_) xkb_context_set_log_level(canh_.get(), XKB_LOG_LEVEL_CRITICAL);
+}
 
 bool BanPhimLinux::doc(xcb_connection_t* c, int thietBi) {
     const auto muc = docMuc(c);
@@ -132,7 +135,8 @@ std::vector<xcb_keycode_t> BanPhimLinux::maTrong() const {
     if (!ban_) return ra;
     for (unsigned ma = 8; ma < 256; ++ma) {
         const auto m = static_cast<xcb_keycode_t>(ma);
-        if (muc_[m] == 0 && kyHieuDau(m) == XKB_KEY_NoSymbol) ra.push_back(m);
+        const bool coCho = std::find(ma_.begin(), ma_.end(), m) != ma_.end();
+        if (!coCho && muc_[m] == 0 && kyHieuDau(m) == XKB_KEY_NoSymbol) ra.push_back(m);
     }
     return ra;
 }

@@ -55,7 +55,7 @@ class BanPhimLinux {
 
     // The first symbol that the key has on any of its layouts and levels; 0 when it has none.
     [[nodiscard]] std::uint32_t kyHieuDau(xcb_keycode_t ma) const;
-    // Keycodes that carry neither a symbol nor a modifier.
+    // Keycodes that carry neither a symbol nor a modifier and are no key's that a command can name.
     [[nodiscard]] std::vector<xcb_keycode_t> maTrong() const;
 
   private:

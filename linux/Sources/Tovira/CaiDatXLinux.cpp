@@ -1,6 +1,9 @@
 #include "CaiDatXLinux.hpp"
 
 #include <cstddef>
+#include <string>
+
+#include "ThietBiLinux.hpp"
 
 namespace tovira {
 
@@ -68,6 +71,21 @@ std::optional<std::int32_t> soTrongCaiDatX(std::string_view thuocTinh, std::stri
         }
     }
     return std::nullopt;
+}
+
+std::optional<double> khoangBamDupX(xcb_connection_t* c) {
+    const PhanXcb<xcb_get_selection_owner_reply_t> chu(
+        xcb_get_selection_owner_reply(c, xcb_get_selection_owner(c, nguyenTuX(c, "_XSETTINGS_S0")), nullptr));
+    if (!chu || chu->owner == XCB_NONE) return std::nullopt;
+    const auto phieu =
+        xcb_get_property(c, 0, chu->owner, nguyenTuX(c, "_XSETTINGS_SETTINGS"), XCB_ATOM_ANY, 0, 1U << 16U);
+    const PhanXcb<xcb_get_property_reply_t> dap(xcb_get_property_reply(c, phieu, nullptr));
+    if (!dap || dap->format != 8) return std::nullopt;
+    const std::string_view byte(static_cast<const char*>(xcb_get_property_value(dap.get())),
+                                static_cast<std::size_t>(xcb_get_property_value_length(dap.get())));
+    const auto ms = soTrongCaiDatX(byte, "Net/DoubleClickTime");
+    if (!ms || *ms <= 0) return std::nullopt;
+    return *ms / 1000.0;
 }
 
 }  // namespace tovira

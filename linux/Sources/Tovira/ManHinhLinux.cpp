@@ -14,6 +14,7 @@
 #include "HangDoiKhungLinux.hpp"
 #include "LuongManHinhLinux.hpp"
 #include "ManHinhNen.hpp"
+#include "PhienLinux.hpp"
 
 namespace tovira {
 
@@ -22,11 +23,6 @@ namespace {
 std::string bienMoiTruong(const char* ten) {
     const char* v = std::getenv(ten);
     return v == nullptr ? "" : v;
-}
-
-// In such a session the X server at hand shows only a few windows, each to itself.
-bool laPhienWayland() {
-    return bienMoiTruong("XDG_SESSION_TYPE") == "wayland" || !bienMoiTruong("WAYLAND_DISPLAY").empty();
 }
 
 bool docDuocMotDiem(const ManX& x) {

@@ -9,19 +9,16 @@
 
 namespace tovira {
 
-bool laWayland(const char* loaiPhien, const char* manWayland) {
-    const std::string_view loai = loaiPhien != nullptr ? loaiPhien : "";
-    if (loai == "wayland") return true;
-    if (loai == "x11") return false;
-    return manWayland != nullptr && *manWayland != '\0';
-}
-
-bool dangOWayland() {
-    return laWayland(std::getenv("XDG_SESSION_TYPE"), std::getenv("WAYLAND_DISPLAY"));
+bool laPhienWayland() {
+    const auto bien = [](const char* ten) {
+        const char* v = std::getenv(ten);
+        return std::string_view(v != nullptr ? v : "");
+    };
+    return bien("XDG_SESSION_TYPE") == "wayland" || !bien("WAYLAND_DISPLAY").empty();
 }
 
 std::string lyDoKhongDieuKhien() {
-    if (dangOWayland())
+    if (laPhienWayland())
         return "Phiên làm việc này chạy trên Wayland, nơi Tovira không điều khiển được chuột và bàn phím. "
                "Hãy đăng "
                "xuất rồi chọn phiên X11 (Xorg) ở màn hình đăng nhập.";
