@@ -16,6 +16,7 @@
 #include "DieuKhienNen.hpp"
 #include "KhachX.hpp"
 #include "MaPhimLinux.hpp"
+#include "OTrongLinux.hpp"
 #include "PhienLinux.hpp"
 #include "gia/VongLapGia.hpp"
 
@@ -321,7 +322,7 @@ TEST_F(DieuKhienX, nhieuKyHieuHonPhimTrongDoiNguoiDoc) {
         return khach.chu.size() > chu.size();
     });
     EXPECT_EQ(khach.chu, chu + "a");
-    EXPECT_LT(vong.dongHo(), 0.25 * 600 / soMaTrong(khach.c()));
+    EXPECT_LT(vong.dongHo(), OTrongLinux::hanKhongHoi * 600 / soMaTrong(khach.c()));
 }
 
 TEST_F(DieuKhienX, chuongTrinhKhongTraLoiThiDoiHetHan) {
@@ -337,7 +338,7 @@ TEST_F(DieuKhienX, chuongTrinhKhongTraLoiThiDoiHetHan) {
         // Every spare key is lent once, and no key twice, before the time is over.
         const auto toi = static_cast<std::size_t>(std::min(so, trong * i)) * 3;
         cham.docToi([&] { return cham.chu.size() >= toi; });
-        vong.tien(0.2);
+        vong.tien(OTrongLinux::hanKhongHoi - 0.05);
         cham.dongBo();
         cham.docCo();
         EXPECT_EQ(cham.chu.size(), toi);
@@ -473,7 +474,8 @@ TEST_F(DieuKhienX, goVaoXterm) {
         while (docTep() != mong && std::chrono::steady_clock::now() < han)
             nhip();
         ASSERT_EQ(docTep(), mong);
-        vong.tien(0.3);  // it has read all: the time limit of a program that answers nothing
+        vong.tien(
+            OTrongLinux::hanKhongHoi);  // it has read all: the time limit of a program that answers nothing
     }
     phim("key_up", "ShiftLeft");
     phim("key_down", "KeyD", R"("ctrl")");

@@ -48,9 +48,9 @@ xcb_window_t HoiDocLinux::timCuaSo() const {
     return 0;
 }
 
-void HoiDocLinux::hoi(std::uint64_t luot) {
+bool HoiDocLinux::hoi(std::uint64_t luot) {
     cuaSo_ = timCuaSo();
-    if (cuaSo_ == 0) return;
+    if (cuaSo_ == 0) return false;
     if (!dangNghe_) nghe(XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY);  // answers go to the root window
     luot_ = luot;
     xcb_client_message_event_t tin{};
@@ -62,6 +62,7 @@ void HoiDocLinux::hoi(std::uint64_t luot) {
     tin.data.data32[1] = ++so_;
     tin.data.data32[2] = cuaSo_;
     xcb_send_event(x_.c(), 0, cuaSo_, XCB_EVENT_MASK_NO_EVENT, reinterpret_cast<const char*>(&tin));
+    return true;
 }
 
 std::optional<std::uint64_t> HoiDocLinux::dapAn(const xcb_generic_event_t& suKien) const {

@@ -13,8 +13,8 @@ class HoiDocLinux {
   public:
     explicit HoiDocLinux(const ManX& x);
 
-    // Asks; `luot` is what the answer will say. Nothing happens when the program does not know the question.
-    void hoi(std::uint64_t luot);
+    // Asks; `luot` is what the answer will say. False when the program does not know the question.
+    [[nodiscard]] bool hoi(std::uint64_t luot);
     // The `luot` of the question that this event answers.
     [[nodiscard]] std::optional<std::uint64_t> dapAn(const xcb_generic_event_t& suKien) const;
     // Stops listening for answers.

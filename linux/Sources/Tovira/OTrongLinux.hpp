@@ -3,7 +3,7 @@
 //
 // Programs fetch the map when they come to a key event, long after it was sent, so a spare keycode keeps its
 // symbol until its reader has had the time: the one whose last use is oldest is lent next, and none is lent
-// again before its last use has been read (daDoc) or lies `han` seconds back.
+// again before its last use has been read (daDoc) or lies too far back to wait for (datHan).
 
 #include <optional>
 #include <vector>
@@ -14,8 +14,10 @@ namespace tovira {
 
 class OTrongLinux {
   public:
-    // Seconds after which even a program that cannot be asked has surely read what was typed.
-    static constexpr double han = 0.25;
+    // Seconds after which a use counts as read: by a program that cannot be asked, and by one that can be but
+    // does not answer. A busy toolkit needs some 0.2 s for the map changes of one round.
+    static constexpr double hanKhongHoi = 0.75;
+    static constexpr double hanCoHoi = 5;
 
     explicit OTrongLinux(xcb_connection_t* c) : c_(c) {}
 
@@ -34,6 +36,8 @@ class OTrongLinux {
     [[nodiscard]] std::uint64_t luot() const { return luot_; }
     // The reader has read everything up to use `luot`.
     void daDoc(std::uint64_t luot) { daDoc_ = std::max(daDoc_, luot); }
+    // Which of the two limits holds from now on.
+    void datHan(double giay) { han_ = giay; }
     // Has everything been read, as far as can be told at time `luc`?
     [[nodiscard]] bool docHet(double luc) const;
     // When the last symbol was typed; absent while none is lent.
@@ -51,7 +55,7 @@ class OTrongLinux {
         bool canGui = false;       // the server does not know yet
     };
     [[nodiscard]] bool coTheLay(const O& o, double luc) const {
-        return o.luot <= daDoc_ || o.luc + han <= luc;
+        return o.luot <= daDoc_ || o.luc + han_ <= luc;
     }
 
     xcb_connection_t* c_;
@@ -59,6 +63,7 @@ class OTrongLinux {
     TapPhimX ma_;
     std::uint64_t luot_ = 0;
     std::uint64_t daDoc_ = 0;
+    double han_ = hanKhongHoi;
     std::optional<double> lucCuoi_;
 };
 

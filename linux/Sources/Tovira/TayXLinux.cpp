@@ -122,7 +122,7 @@ bool TayXLinux::goTiep() {
 }
 
 void TayXLinux::doiNguoiDoc() {
-    hoiDoc_.hoi(oTrong_.luot());
+    oTrong_.datHan(hoiDoc_.hoi(oTrong_.luot()) ? OTrongLinux::hanCoHoi : OTrongLinux::hanKhongHoi);
     henDoi_ = vongLap_.lapLai(nhipDoi, [this] { xemNguoiDoc(); });
 }
 
@@ -170,9 +170,9 @@ void TayXLinux::nghi() {
 // given.
 void TayXLinux::choDocLanCuoi() {
     using namespace std::chrono;
-    const auto conLai = OTrongLinux::han - (vongLap_.dongHo() - oTrong_.lucCuoi().value_or(0));
+    const auto conLai = OTrongLinux::hanKhongHoi - (vongLap_.dongHo() - oTrong_.lucCuoi().value_or(0));
     const auto han = steady_clock::now() + duration_cast<steady_clock::duration>(duration<double>(conLai));
-    hoiDoc_.hoi(oTrong_.luot());
+    static_cast<void>(hoiDoc_.hoi(oTrong_.luot()));
     xcb_flush(x_.c());
     while (song() && !oTrong_.docHet(vongLap_.dongHo())) {
         const auto con = duration_cast<milliseconds>(han - steady_clock::now()).count();

@@ -18,8 +18,8 @@ class TayXLinux {
   public:
     // A display whose server has XTEST and the XKB extension set up. `vongLap` outlives this.
     TayXLinux(ManX x, VongLap& vongLap);
-    // Puts back all that was changed on the server; waits at most OTrongLinux::han for a reader of the last
-    // text.
+    // Puts back all that was changed on the server; waits at most OTrongLinux::hanKhongHoi for a reader of
+    // the last text.
     ~TayXLinux();
     TayXLinux(const TayXLinux&) = delete;
     TayXLinux& operator=(const TayXLinux&) = delete;
