@@ -1,6 +1,7 @@
 #include "HoiDocLinux.hpp"
 
 #include <algorithm>
+#include <utility>
 
 #include "ThietBiLinux.hpp"
 
@@ -49,8 +50,10 @@ xcb_window_t HoiDocLinux::timCuaSo() const {
 }
 
 bool HoiDocLinux::hoi(std::uint64_t luot) {
-    cuaSo_ = timCuaSo();
-    if (cuaSo_ == 0) return false;
+    const auto truoc = std::exchange(cuaSo_, timCuaSo());
+    if (std::exchange(dangCho_, false) && cuaSo_ == truoc) cam_ = cuaSo_;
+    if (cuaSo_ == 0 || cuaSo_ == cam_) return false;
+    dangCho_ = true;
     if (!dangNghe_) nghe(XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY);  // answers go to the root window
     luot_ = luot;
     xcb_client_message_event_t tin{};
@@ -65,16 +68,18 @@ bool HoiDocLinux::hoi(std::uint64_t luot) {
     return true;
 }
 
-std::optional<std::uint64_t> HoiDocLinux::dapAn(const xcb_generic_event_t& suKien) const {
+std::optional<std::uint64_t> HoiDocLinux::dapAn(const xcb_generic_event_t& suKien) {
     if ((suKien.response_type & 0x7FU) != XCB_CLIENT_MESSAGE) return std::nullopt;
     const auto& tin = reinterpret_cast<const xcb_client_message_event_t&>(suKien);
     const bool cuaTa = tin.type == giaoThuc_ && tin.format == 32 && tin.data.data32[0] == ping_ &&
                        tin.data.data32[1] == so_ && tin.data.data32[2] == cuaSo_;
     if (!dangNghe_ || !cuaTa) return std::nullopt;
+    dangCho_ = false;
     return luot_;
 }
 
 void HoiDocLinux::thoi() {
+    dangCho_ = false;
     if (dangNghe_) nghe(XCB_EVENT_MASK_NO_EVENT);
 }
 

@@ -17,7 +17,7 @@ class OTrongLinux {
     // Seconds after which a use counts as read: by a program that cannot be asked, and by one that can be but
     // does not answer. A busy toolkit needs some 0.2 s for the map changes of one round.
     static constexpr double hanKhongHoi = 0.75;
-    static constexpr double hanCoHoi = 5;
+    static constexpr double hanCoHoi = 3;
 
     explicit OTrongLinux(xcb_connection_t* c) : c_(c) {}
 
