@@ -54,7 +54,8 @@ bool HoiDocLinux::hoi(std::uint64_t luot) {
     if (std::exchange(dangCho_, false) && cuaSo_ == truoc) cam_ = cuaSo_;
     if (cuaSo_ == 0 || cuaSo_ == cam_) return false;
     dangCho_ = true;
-    if (!dangNghe_) nghe(XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY);  // answers go to the root window
+    // Answers go to the root window; Qt sends its own to those who listen for the structure itself.
+    if (!dangNghe_) nghe(XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_STRUCTURE_NOTIFY);
     luot_ = luot;
     xcb_client_message_event_t tin{};
     tin.response_type = XCB_CLIENT_MESSAGE;
