@@ -20,15 +20,17 @@ bool coBusPhien() {
     return !thuMuc.isEmpty() && QFile::exists(thuMuc + QStringLiteral("/bus"));
 }
 
-void nhoDichVuPhien() {
-    if (!coBusPhien()) return;
+// True when there is a connection to be closed.
+bool nhoDichVuPhien() {
+    if (!coBusPhien()) return false;
     auto bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, tenKetNoi);
-    if (!bus.isConnected()) return;
+    if (!bus.isConnected()) return false;
     auto nho = QDBusMessage::createMethodCall(
         QStringLiteral("org.freedesktop.ScreenSaver"), QStringLiteral("/org/freedesktop/ScreenSaver"),
         QStringLiteral("org.freedesktop.ScreenSaver"), QStringLiteral("Inhibit"));
     nho << QStringLiteral("Tovira") << QStringLiteral("Đang chia sẻ màn hình");
     bus.send(nho);  // the answer is a number for taking it back, which closing the connection does too
+    return true;
 }
 
 }  // namespace
@@ -40,7 +42,7 @@ GiuThucLinux::GiuThucLinux() : x_(moManX()) {
         xcb_screensaver_suspend(x_.c(), 1);
         xcb_flush(x_.c());
     }
-    nhoDichVuPhien();
+    coBus_ = nhoDichVuPhien();
 }
 
 GiuThucLinux::~GiuThucLinux() {

@@ -17,6 +17,7 @@ class GiuThucLinux {
 
   private:
     ManX x_;
+    bool coBus_ = false;
 };
 
 }  // namespace tovira
