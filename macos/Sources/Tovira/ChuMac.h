@@ -15,6 +15,9 @@ inline NSString* chuMac(const std::string& chu) {
     return ra != nil ? ra : @"";
 }
 
+// A menu item's key; empty for 0.
+inline NSString* chuMac(char phim) { return phim == 0 ? @"" : [NSString stringWithFormat:@"%c", phim]; }
+
 // Empty for nil and for a text that has no UTF-8 form.
 inline std::string chuCpp(NSString* chu) {
     NSData* byte = [chu dataUsingEncoding:NSUTF8StringEncoding allowLossyConversion:NO];
