@@ -76,6 +76,9 @@ TEST(DatTenTep, haiLuotCungLucKhongTrungTen) {
     EXPECT_EQ(t.lay(1), std::nullopt) << "it has ended once";
     EXPECT_EQ(t.chon(3, "/luu", "a.txt", trong), "/luu/a.txt") << "the place is free again";
     EXPECT_EQ(t.lay(9), std::nullopt);
+    EXPECT_EQ(t.chon(4, "/luu", "A.TXT", trong), "/luu/A (3).TXT") << "one file where case does not count";
+    EXPECT_EQ(t.chon(5, "/luu", "hỏng\xff", trong), "/luu/hỏng\xff");
+    EXPECT_EQ(t.chon(6, "/luu", "hỏng\xff", trong), "/luu/hỏng\xff (2)");
 }
 
 TEST(DatTenTep, thuMucLuuConSongThiDung) {

@@ -1,8 +1,12 @@
 #include "TaiXuong.hpp"
 
+#include <utf8proc.h>
+
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <filesystem>
+#include <memory>
 
 namespace tovira {
 namespace {
@@ -22,6 +26,15 @@ std::string_view thanhPhanCuoi(std::string_view duong) {
         duong.remove_suffix(1);
     const auto cheo = duong.rfind('/');
     return cheo == std::string_view::npos ? duong : duong.substr(cheo + 1);
+}
+
+// Two names that some file systems take for one are equal under this: case, composition and width do not
+// count.
+std::string gapChu(const std::string& duong) {
+    const auto* tho = reinterpret_cast<const utf8proc_uint8_t*>(duong.c_str());
+    const std::unique_ptr<utf8proc_uint8_t, decltype(&std::free)> gap(utf8proc_NFKC_Casefold(tho),
+                                                                      &std::free);
+    return gap ? std::string(reinterpret_cast<const char*>(gap.get())) : duong;
 }
 
 std::string tenSach(std::string_view goiY) {
@@ -81,7 +94,7 @@ std::optional<std::string> TaiXuong::lay(MaTai ma) {
 
 bool TaiXuong::daHua(const std::string& duong) const {
     return std::any_of(tepDangTai_.begin(), tepDangTai_.end(),
-                       [&duong](const auto& muc) { return muc.second == duong; });
+                       [gap = gapChu(duong)](const auto& muc) { return gapChu(muc.second) == gap; });
 }
 
 bool coTep(const std::string& duong) {
