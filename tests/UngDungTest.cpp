@@ -107,6 +107,17 @@ TEST_F(UngDungTest, theoDoiChiaSeMoiGiay) {
     EXPECT_EQ(nenKhay.meo.back(), "Tovira — máy này có thể được điều khiển từ xa");
 }
 
+TEST_F(UngDungTest, moLaiUngDungDuaCuaSoDangDoVe) {
+    khoiDong(UngDung::KhoiDong::ngam);
+    phat();
+    vong.tien(1);
+    cua.lay();
+    ung.khiMoLaiUngDung(UngDung::CoCuaSoHien::co);
+    const auto viec = cua.lay();
+    ASSERT_FALSE(viec.empty());
+    EXPECT_EQ(viec.back(), "hien");
+}
+
 TEST_F(UngDungTest, nutDungLamTheoTrangRoiChacChan) {
     khoiDong();
     phat();

@@ -110,6 +110,8 @@ class CuaSo {
     // The end of a share: a parked window goes back to its place and is hidden. Nothing when it is not
     // parked.
     void boDo();
+    // Is it parked, out of everyone's sight?
+    [[nodiscard]] bool dangDo() const { return do_.choCu().has_value(); }
     // The window can be minimised (again).
     void choThuNho();
 

@@ -10,9 +10,11 @@
 #include <atomic>
 #include <cmath>
 
+#include "BoThanhMac.h"
 #include "GiuCf.h"
 #include "ManHinh.hpp"
 #include "ManHinhNen.hpp"
+#import "ThanhMac.h"
 
 namespace tovira {
 
@@ -205,11 +207,26 @@ class LuongMac final : public ManHinh::Luong {
         if (![stream_ addStreamOutput:nhan_ type:SCStreamOutputTypeScreen sampleHandlerQueue:hang error:&loi])
             return loiTu(loi);
         CGDisplayRegisterReconfigurationCallback(&LuongMac::khiDoiManHinh, this);
+        man_ = man;
+        SCStream* __weak yeu = stream_;
+        ngheThanh_ = [NSNotificationCenter.defaultCenter addObserverForName:TVThanhDaHien
+                                                                     object:nil
+                                                                      queue:nil
+                                                                 usingBlock:^(NSNotification*) {
+                                                                     boThanhKhoi(yeu, man);
+                                                                 }];
         return {};
     }
 
     void batDau(std::function<void(KetQua<void>)> xong) override {
-        [stream_ startCaptureWithCompletionHandler:^(NSError* loi) {
+        SCStream* stream = stream_;
+        SCDisplay* man = man_;
+        [stream startCaptureWithCompletionHandler:^(NSError* loi) {
+            // The bar may be up already, left from the share before this one.
+            if (!loi)
+                dispatch_async(dispatch_get_main_queue(), ^{
+                    boThanhKhoi(stream, man);
+                });
             xong(loi ? KetQua<void>(loiTu(loi)) : KetQua<void>());
         }];
     }
@@ -221,6 +238,7 @@ class LuongMac final : public ManHinh::Luong {
     void dung() override {
         if (dau_->thoi.exchange(true)) return;
         CGDisplayRemoveReconfigurationCallback(&LuongMac::khiDoiManHinh, this);
+        if (ngheThanh_) [NSNotificationCenter.defaultCenter removeObserver:ngheThanh_];
         // The stream does not own its delegate: both stay until the last callback has returned.
         SCStream* stream = stream_;
         TvNhanKhung* nhan = nhan_;
@@ -249,6 +267,8 @@ class LuongMac final : public ManHinh::Luong {
     std::shared_ptr<DauNhan> dau_;
     TvNhanKhung* nhan_;
     SCStream* stream_ = nil;
+    SCDisplay* man_ = nil;
+    id<NSObject> ngheThanh_ = nil;
 };
 
 class NenManHinhMac final : public ManHinh::Nen {

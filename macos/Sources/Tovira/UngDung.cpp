@@ -60,7 +60,8 @@ void UngDung::noiDay() {
 }
 
 void UngDung::khiMoLaiUngDung(CoCuaSoHien coCuaSoHien) {
-    if (coCuaSoHien == CoCuaSoHien::khong) d_.cuaSo.hien();
+    // The system counts a parked window as one that is there to see.
+    if (coCuaSoHien == CoCuaSoHien::khong || d_.cuaSo.dangDo()) d_.cuaSo.hien();
 }
 
 void UngDung::khiSapKetThuc() {
