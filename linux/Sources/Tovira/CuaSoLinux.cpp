@@ -1,6 +1,7 @@
 #include "CuaSoLinux.hpp"
 
 #include <QCloseEvent>
+#include <QFile>
 #include <QMenuBar>
 #include <QScreen>
 #include <QWindow>
@@ -110,6 +111,15 @@ void CuaSoLinux::raTruoc() {
 
 void CuaSoLinux::choThuNho() {
     if (!windowFlags().testFlag(Qt::WindowMinimizeButtonHint)) setWindowFlag(Qt::WindowMinimizeButtonHint);
+}
+
+void CuaSoLinux::baoKhiTrangNap(const QString& tep) {
+    if (tep.isEmpty()) return;
+    chu_->khiTrangNap = [tep] {
+        QFile bao(tep);
+        // Whoever waits for it notices that it is missing.
+        [[maybe_unused]] const bool duoc = bao.open(QIODevice::WriteOnly);
+    };
 }
 
 void CuaSoLinux::chonMenu(LenhMenu lenh) {

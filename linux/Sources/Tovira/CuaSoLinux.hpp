@@ -27,6 +27,10 @@ class CuaSoLinux final : public QMainWindow, public CuaSo::NenCua {
     void raTruoc() override;
     void choThuNho() override;
 
+    // Creates the file `tep`, unless its name is empty, whenever a page has reported itself loaded: scripts
+    // that started the program wait for it. After dung.
+    void baoKhiTrangNap(const QString& tep);
+
     // The menu commands that are not about editing or hiding.
     std::function<void(LenhMenu)> khiChonMenu;
 

@@ -1,11 +1,28 @@
 #include "HoSoWeb.hpp"
 
 #include <QWebEngineSettings>
+#include <QWebEngineUrlScheme>
+
+#include "ChinhSachDieuHuong.hpp"
+#include "DiaChiUrl.hpp"
 
 namespace tovira {
+namespace {
+
+QByteArray tenGiaoThuc() {
+    const auto ten = giaoThucCua(ChinhSachDieuHuong::diaChiTaiLai);
+    return {ten.data(), static_cast<qsizetype>(ten.size())};
+}
+
+}  // namespace
+
+void HoSoWeb::dangKyGiaoThuc() {
+    QWebEngineUrlScheme::registerScheme(QWebEngineUrlScheme(tenGiaoThuc()));
+}
 
 HoSoWeb::HoSoWeb() : hoSo_(QStringLiteral("Tovira")) {
     hoSo_.setPersistentCookiesPolicy(QWebEngineProfile::AllowPersistentCookies);
+    hoSo_.installUrlSchemeHandler(tenGiaoThuc(), &giaoThucRieng_);
     auto& dat = *hoSo_.settings();
     // A failed load shows this program's own page.
     dat.setAttribute(QWebEngineSettings::ErrorPageEnabled, false);

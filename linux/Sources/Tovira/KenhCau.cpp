@@ -43,7 +43,7 @@ constexpr const char16_t* chuyenTiep =
     if (!a) return;
     if (a.protocol === 'data:' && !a.hasAttribute('download')) {
       // The engine refuses to go there before it asks anyone; as a download it goes.
-      a.setAttribute('download', 'tep-nhan-duoc');
+      a.setAttribute('download', '');
       setTimeout(function () { a.removeAttribute('download'); }, 0);
       return;
     }

@@ -6,6 +6,18 @@
 #include <QWebEngineProfile>
 
 namespace tovira {
+namespace {
+
+// The engine has a word of its own for what has no name ("data:" links); the extension after it is worth
+// keeping.
+std::string tenGoiY(const QWebEngineDownloadRequest& tai) {
+    const QString khongTen = QStringLiteral("qwe_download");
+    QString ten = tai.suggestedFileName();
+    if (ten.startsWith(khongTen)) ten.replace(0, khongTen.size(), QStringLiteral("tep-nhan-duoc"));
+    return ten.toStdString();
+}
+
+}  // namespace
 
 void TaiXuongLinux::nhan(QWebEngineProfile& hoSo) {
     QObject::connect(&hoSo, &QWebEngineProfile::downloadRequested, &moc_,
@@ -14,20 +26,20 @@ void TaiXuongLinux::nhan(QWebEngineProfile& hoSo) {
 
 void TaiXuongLinux::khiXin(QWebEngineDownloadRequest& tai) {
     const MaTai ma = ++truoc_;
-    const QFileInfo cho(
-        QFile::decodeName(chu_.khiChonNoiLuu(ma, tai.suggestedFileName().toStdString()).c_str()));
+    const QFileInfo cho(QFile::decodeName(chu_.khiChonNoiLuu(ma, tenGoiY(tai)).c_str()));
     // In this order: with the folder the engine makes up a name of its own.
     tai.setDownloadDirectory(cho.path());
     tai.setDownloadFileName(cho.fileName());
     QObject::connect(&tai, &QWebEngineDownloadRequest::stateChanged, &moc_, [this, ma, &tai](auto trangThai) {
         switch (trangThai) {
             case QWebEngineDownloadRequest::DownloadCompleted:
+                tai.disconnect(&moc_);
                 chu_.khiTaiXong(ma);
                 break;
             case QWebEngineDownloadRequest::DownloadCancelled:
             case QWebEngineDownloadRequest::DownloadInterrupted:
+                tai.disconnect(&moc_);
                 chu_.khiTaiHong(ma, tai.interruptReasonString().toStdString());
-                tai.disconnect();
                 break;
             default:
                 break;

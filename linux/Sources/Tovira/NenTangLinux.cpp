@@ -1,0 +1,116 @@
+#include "NenTangLinux.hpp"
+
+#include <unistd.h>
+#include <xcb/xcb.h>
+
+#include <QDir>
+#include <QMenuBar>
+#include <QSessionManager>
+#include <QTimer>
+#include <csignal>
+#include <cstdio>
+
+#include "DieuKhienNen.hpp"
+#include "ManHinhNen.hpp"
+#include "MayChuNhanNen.hpp"
+#include "TinHieuLinux.hpp"
+
+namespace tovira {
+namespace {
+
+// The engine would end the process in the middle of its own start.
+bool hopCatDungDuoc() {
+    if (::geteuid() != 0) return true;
+    if (qEnvironmentVariableIntValue("QTWEBENGINE_DISABLE_SANDBOX") == 1) return true;
+    if (qEnvironmentVariable("QTWEBENGINE_CHROMIUM_FLAGS").contains(QStringLiteral("--no-sandbox")))
+        return true;
+    std::fputs(
+        "✗ The web engine's sandbox cannot start for root. Start Tovira as an ordinary user, or set "
+        "QTWEBENGINE_DISABLE_SANDBOX=1 to run it without the sandbox.\n",
+        stderr);
+    return false;
+}
+
+bool coManHinh() {
+    if (qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) return true;
+    xcb_connection_t* noi = xcb_connect(nullptr, nullptr);
+    const bool duoc = xcb_connection_has_error(noi) == 0;
+    xcb_disconnect(noi);
+    if (duoc) {
+        // Windows are parked in a way that only X11 knows; a Wayland session has it as well.
+        qputenv("QT_QPA_PLATFORM", "xcb");
+    } else {
+        std::fputs("✗ There is no X display to open a window on (DISPLAY).\n", stderr);
+    }
+    return duoc;
+}
+
+int& datTen(int& soThamSo) {
+    QApplication::setOrganizationName(QStringLiteral("Tovira"));
+    QApplication::setApplicationName(QStringLiteral("Tovira"));
+    QApplication::setDesktopFileName(QStringLiteral("tovira"));
+    QApplication::setQuitOnLastWindowClosed(false);
+    return soThamSo;
+}
+
+}  // namespace
+
+std::unique_ptr<NenTang> NenTang::tao(int& soThamSo, char** thamSo) {
+    if (!hopCatDungDuoc() || !coManHinh()) return nullptr;
+    std::signal(SIGPIPE, SIG_IGN);
+    HoSoWeb::dangKyGiaoThuc();
+    return std::make_unique<NenTangLinux>(soThamSo, thamSo);
+}
+
+NenTangLinux::NenTangLinux(int& soThamSo, char** thamSo)
+    : ung_(datTen(soThamSo), thamSo),
+      tuKhoiDong_(TuKhoiDong::tao()),
+      dieuKhien_(taoNenDieuKhien(vongLap_)),
+      manHinh_(taoNenManHinh()),
+      mayChuNhan_(taoNenMayChuNhan()),
+      xinQuyen_(*dieuKhien_),
+      tach_(hoSo_),
+      trang_(hoSo_, tach_),
+      cua_(trang_, caiDat_),
+      khay_([this] { return cua_.menuBar(); }) {}
+
+std::string NenTangLinux::thuMucGiaoDien() const {
+    // Installed, then beside the sources that it was built from.
+    const QDir nha(QApplication::applicationDirPath());
+    for (const char* cho : {"../share/tovira/giao-dien", "../../resources/giao-dien"}) {
+        const QFileInfo thuMuc(nha.filePath(QString::fromLatin1(cho)));
+        if (thuMuc.isDir()) return QFile::encodeName(thuMuc.canonicalFilePath()).toStdString();
+    }
+    return QFile::encodeName(nha.filePath(QStringLiteral("../share/tovira/giao-dien"))).toStdString();
+}
+
+int NenTangLinux::chay(UngDung& ungDung, UngDung::KhoiDong cach) {
+    const TinHieuLinux tinHieu([&ungDung] { ungDung.thoat(); });
+    QObject moc;
+    cua_.khiChonMenu = [&ungDung](LenhMenu lenh) {
+        switch (lenh) {
+            case LenhMenu::gioiThieu:
+                return ungDung.moGioiThieu();
+            case LenhMenu::huongDan:
+                return ungDung.moHuongDan();
+            case LenhMenu::thoat:
+                return ungDung.thoat();
+            default:
+                return;
+        }
+    };
+    // The session ends: what is held must be let go before the display goes.
+    QObject::connect(
+        &ung_, &QGuiApplication::commitDataRequest, &moc,
+        [&ungDung](QSessionManager&) { ungDung.khiSapKetThuc(); }, Qt::DirectConnection);
+    QObject::connect(&ung_, &QCoreApplication::aboutToQuit, &moc, [&ungDung] { ungDung.khiSapKetThuc(); });
+    QTimer::singleShot(0, &moc, [this, &ungDung, cach] {
+        ungDung.khiKhoiDongXong(cach);
+        cua_.baoKhiTrangNap(qEnvironmentVariable("TOVIRA_TEP_SAN_SANG"));
+    });
+    const int ra = QApplication::exec();
+    cua_.khiChonMenu = nullptr;
+    return ra;
+}
+
+}  // namespace tovira

@@ -1,0 +1,242 @@
+// The main window on a real X server with a window manager: its frame, its menu, and above all that a page
+// goes on rendering while nobody can see it.
+
+#include "CuaSoLinux.hpp"
+
+#include <QAction>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QMouseEvent>
+#include <QPushButton>
+#include <QScreen>
+
+#include "HopBaoLinux.hpp"
+#include "gia/DongCoWeb.hpp"
+
+using namespace tovira;
+using gia::cho;
+
+namespace {
+
+class CuaSoLinuxThu : public testing::Test, public gia::PhongWebLinux {
+  protected:
+    CuaSoLinuxThu() {
+        gia::mayChuTrang().trang["/app"] = {R"html(<!doctype html><title>app</title>
+            <style>html { background: #ff00aa; height: 100% }</style>
+            <input id="o" value="chu trong o"><input id="t" type="file" style="position:fixed;left:0;top:0;width:100%;height:50px">
+            <script>window.n = 0; (function ve() { n++; requestAnimationFrame(ve); })();</script>)html"};
+    }
+
+    // The page draws at least 20 more frames.
+    bool dangVe() {
+        const int dau = std::stoi(js("n"));
+        return cho([&] { return std::stoi(js("n")) >= dau + 20; }, 5);
+    }
+    // Does the page's colour show anywhere on the screen?
+    static bool thayTrang() {
+        const QImage anh = QGuiApplication::primaryScreen()->grabWindow(0).toImage();
+        for (int y = 0; y < anh.height(); y += 3)
+            for (int x = 0; x < anh.width(); x += 3)
+                if (anh.pixelColor(x, y) == QColor(0xff, 0x00, 0xaa)) return true;
+        return false;
+    }
+    // Parked: rendering, out of sight, and without the focus.
+    void xemDoXa(const char* cach) {
+        EXPECT_TRUE(cho([&] { return !cua.isVisible() && trang.khungNhin().window() != &cua; })) << cach;
+        EXPECT_TRUE(dangVe()) << cach;
+        EXPECT_TRUE(cho([] { return !thayTrang(); }, 5)) << cach;
+        EXPECT_EQ(QGuiApplication::focusWindow(), nullptr) << cach;
+        EXPECT_EQ(js("document.visibilityState"), "visible") << cach;
+        EXPECT_TRUE(cua.trangThai().hienRa) << cach;
+    }
+    void xemTroLai(const char* cach, QPoint choCu) {
+        EXPECT_TRUE(cho([&] { return cua.isVisible() && cua.isActiveWindow() && thayTrang(); })) << cach;
+        EXPECT_EQ(trang.khungNhin().window(), &cua) << cach;
+        EXPECT_EQ(cua.pos(), choCu) << cach;
+        EXPECT_TRUE(dangVe()) << cach;
+    }
+    QAction* mucMenu(const char* ten) {
+        for (auto* m : cua.menuBar()->actions())
+            for (auto* a : m->menu()->actions())
+                if (a->text() == QString::fromUtf8(ten)) return a;
+        return nullptr;
+    }
+};
+
+}  // namespace
+
+TEST_F(CuaSoLinuxThu, veTiepKhiKhongAiThay) {
+    len();
+    ASSERT_TRUE(cho([&] { return cua.isActiveWindow() && thayTrang(); }));
+    EXPECT_EQ(trang.khungNhin().size(), QSize(1180, 780));
+    phat();
+    const QPoint choCu = cua.pos();
+
+    cua.close();
+    xemDoXa("closed");
+    cuaSo.hien();
+    xemTroLai("closed", choCu);
+
+    cua.showMinimized();
+    xemDoXa("minimised");
+    cuaSo.hien();
+    xemTroLai("minimised", choCu);
+
+    {
+        QWidget che;
+        che.setStyleSheet(QStringLiteral("background: #204060"));
+        che.showFullScreen();
+        ASSERT_TRUE(cho([] { return !thayTrang(); }));
+        EXPECT_TRUE(dangVe()) << "covered";
+    }
+    ASSERT_TRUE(cho([] { return thayTrang(); }));
+
+    mucMenu("Ẩn Tovira")->trigger();
+    xemDoXa("hidden by the menu");
+    cuaSo.boDo();
+    EXPECT_TRUE(cho([&] { return !cua.isVisible() && trang.khungNhin().window() == &cua; }))
+        << "the share has ended";
+    EXPECT_FALSE(cua.trangThai().hienRa);
+    cuaSo.damBaoDangVe();
+    xemDoXa("hidden before the share began");
+    cuaSo.hien();
+    xemTroLai("hidden before the share began", choCu);
+
+    manHinh.dung();
+    cua.close();
+    EXPECT_TRUE(cho([] { return !thayTrang(); }));
+    EXPECT_FALSE(cua.trangThai().hienRa) << "not sharing: closing hides";
+}
+
+TEST_F(CuaSoLinuxThu, nhoChoCuaMinh) {
+    len();
+    ASSERT_TRUE(cho([&] { return cua.isActiveWindow(); }));
+    cua.resize(1000, 700);
+    cua.move(300, 120);
+    ASSERT_TRUE(cho([&] { return cua.size() == QSize(1000, 700) && cua.pos() == QPoint(300, 120); }));
+    ASSERT_TRUE(cho([&] { return caiDat.kho.count("cua-so-chinh") == 1; }));
+    const auto saved = [&](const std::string& chu) {
+        QMainWindow w;
+        w.setMinimumSize(900, 600);
+        w.restoreGeometry(QByteArray::fromBase64(QByteArray::fromStdString(chu)));
+        return w.geometry();
+    };
+    ASSERT_TRUE(cho([&] { return saved(caiDat.kho["cua-so-chinh"]) == cua.geometry(); }));
+    const auto truoc = caiDat.kho["cua-so-chinh"];
+    phat();
+    cua.close();
+    xemDoXa("closed");
+    cuaSo.hien();
+    xemTroLai("closed", QPoint(300, 120));
+    manHinh.dung();
+    EXPECT_EQ(saved(caiDat.kho["cua-so-chinh"]), saved(truoc)) << "never the parking place";
+
+    // Saved where no screen is: brought back.
+    QWidget xa;
+    xa.setGeometry(7000, 5000, 1000, 700);
+    gia::CaiDatGia khac2;
+    khac2.ghi("cua-so-chinh", xa.saveGeometry().toBase64().toStdString());
+    TrangLinux trang2(gia::hoSoChung(), tach);
+    CuaSoLinux cua2(trang2, khac2);
+    trang2.dung(cuaSo);
+    cua2.dung(cuaSo);
+    EXPECT_TRUE(QGuiApplication::primaryScreen()->geometry().contains(cua2.geometry().center()))
+        << cua2.x() << cua2.y();
+}
+
+TEST_F(CuaSoLinuxThu, menuDenTrang) {
+    len();
+    ASSERT_TRUE(cho([&] { return cua.isActiveWindow(); }));
+    ASSERT_EQ(cua.menuBar()->actions().size(), 3);
+    EXPECT_EQ(mucMenu("Làm lại")->shortcut(), QKeySequence(QStringLiteral("Ctrl+Shift+Z")));
+    EXPECT_EQ(mucMenu("Thoát Tovira")->shortcut(), QKeySequence(QStringLiteral("Ctrl+Q")));
+    js("document.getElementById('o').focus(); 1");
+    mucMenu("Chọn tất cả")->trigger();
+    EXPECT_TRUE(choJs("String(getSelection()) === 'chu trong o'"));
+    mucMenu("Cắt")->trigger();
+    EXPECT_TRUE(choJs("document.getElementById('o').value === ''"));
+    mucMenu("Dán")->trigger();
+    EXPECT_TRUE(choJs("document.getElementById('o').value === 'chu trong o'"));
+    mucMenu("Hoàn tác")->trigger();
+    EXPECT_TRUE(choJs("document.getElementById('o').value === ''"));
+    std::vector<LenhMenu> chon;
+    cua.khiChonMenu = [&](LenhMenu l) { chon.push_back(l); };
+    mucMenu("Thoát Tovira")->trigger();
+    mucMenu("Giới thiệu Tovira")->trigger();
+    EXPECT_EQ(chon, (std::vector{LenhMenu::thoat, LenhMenu::gioiThieu}));
+}
+
+TEST_F(CuaSoLinuxThu, oChonTep) {
+    len();
+    ASSERT_TRUE(cho([&] { return cua.isActiveWindow() && thayTrang(); }));
+    struct Muc {
+        const char* thuocTinh;
+        QFileDialog::FileMode kieu;
+        const char* nut;
+        const char* ra;
+    };
+    const QString tep = QString::fromStdString((tam.duong() / "gửi.txt").string());
+    ASSERT_TRUE(QFile(tep).open(QIODevice::WriteOnly));
+    for (const auto& m : {Muc{"", QFileDialog::ExistingFile, "Gửi", "gửi.txt"},
+                          Muc{"multiple", QFileDialog::ExistingFiles, "Gửi", "gửi.txt"},
+                          Muc{"webkitdirectory", QFileDialog::Directory, "Gửi thư mục này", "gửi.txt"}}) {
+        js(std::string(
+               "(function () { var t = document.getElementById('t'); t.value = ''; t.multiple = false; "
+               "t.webkitdirectory = false; if ('") +
+           m.thuocTinh + "') t['" + m.thuocTinh + "'] = true; })(); 1");
+        bool thay = false;
+        QTimer hoi;
+        QObject::connect(&hoi, &QTimer::timeout, &hoi, [&] {
+            auto* bang = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+            if (bang == nullptr) return;
+            hoi.stop();
+            thay = true;
+            EXPECT_EQ(bang->fileMode(), m.kieu);
+            EXPECT_EQ(bang->labelText(QFileDialog::Accept).toStdString(), m.nut);
+            EXPECT_EQ(bang->parentWidget(), &cua) << "a sheet on the window";
+            EXPECT_EQ(bang->windowModality(), Qt::WindowModal);
+            bang->setDirectory(QFileInfo(tep).path());
+            // Typed: the list of files fills by and by.
+            if (m.kieu != QFileDialog::Directory)
+                bang->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))
+                    ->setText(QFileInfo(tep).fileName());
+            bang->QDialog::accept();
+        });
+        hoi.start(50);
+        auto* nhan = trang.khungNhin().focusProxy();
+        for (const auto loai : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease}) {
+            QMouseEvent chuot(loai, QPointF(300, 25), nhan->mapToGlobal(QPointF(300, 25)), Qt::LeftButton,
+                              loai == QEvent::MouseButtonPress ? Qt::LeftButton : Qt::NoButton,
+                              Qt::NoModifier);
+            QApplication::sendEvent(nhan, &chuot);
+        }
+        EXPECT_TRUE(cho([&] { return thay; })) << m.thuocTinh;
+        EXPECT_TRUE(choJs("document.getElementById('t').files.length >= 1")) << m.thuocTinh;
+        EXPECT_EQ(js("[].map.call(document.getElementById('t').files, f => f.name).join('|')"), m.ra)
+            << m.thuocTinh
+            << js("[].map.call(document.getElementById('t').files, f => f.webkitRelativePath).join('|')");
+    }
+}
+
+TEST(HopBaoLinux, motNutVaChuTron) {
+    HopBaoLinux hop;
+    bool thay = false;
+    QTimer hoi;
+    QObject::connect(&hoi, &QTimer::timeout, &hoi, [&] {
+        auto* bang = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        if (bang == nullptr) return;
+        hoi.stop();
+        thay = true;
+        EXPECT_EQ(bang->text(), QStringLiteral("Tiêu đề"));
+        EXPECT_EQ(bang->informativeText(), QStringLiteral("<b>chi tiết</b>"));
+        EXPECT_EQ(bang->textFormat(), Qt::PlainText);
+        ASSERT_EQ(bang->buttons().size(), 1);
+        EXPECT_EQ(bang->buttons()[0]->text(), QStringLiteral("Đã hiểu"));
+        bang->buttons()[0]->click();
+    });
+    hoi.start(10);
+    hop.canhBao("Tiêu đề", "<b>chi tiết</b>");
+    EXPECT_TRUE(thay);
+}

@@ -1,0 +1,326 @@
+// The web host on a real engine, against a real server: the bridge, who is kept away from it, and where pages
+// go.
+
+#include <QDir>
+#include <QFile>
+#include <QMenu>
+#include <QMenuBar>
+#include <QScreen>
+#include <algorithm>
+
+#include "gia/DongCoWeb.hpp"
+
+using namespace tovira;
+using gia::cho;
+
+namespace {
+
+// A page that, from within, tries every way to the channel that it can think of, then says so in its title.
+constexpr const char* trangXau = R"html(<!doctype html><title>xau</title><script>
+var lenh = { k: 'lenh', json: '{"t":"mouse_move","x":0.5,"y":0.5}' };
+var thu = [];
+try { window.webkit.messageHandlers.tv.postMessage(lenh); } catch (e) {}
+try { window.ipc.postMessage('thu-lai'); } catch (e) {}
+try { window.tovira.guiLenh(lenh.json); } catch (e) {}
+try { window.parent.tovira.guiLenh(lenh.json); } catch (e) {}
+try { window.parent.webkit.messageHandlers.tv.postMessage(lenh); } catch (e) {}
+try { window.opener.tovira.guiLenh(lenh.json); } catch (e) {}
+try { qt.webChannelTransport.send('{"type":6,"object":"tv","method":"nhan","args":["k{}"],"id":0}'); } catch (e) {}
+var thay = [typeof window.tovira, typeof window.ipc, typeof window.qt].join();
+if (window.parent !== window) window.parent.postMessage(thay, '*');
+document.title = thay;
+</script>)html";
+
+class WebLinux : public testing::Test, public gia::PhongWebLinux {
+  protected:
+    static constexpr const char* khongCoGi = "undefined,undefined,undefined";
+
+    WebLinux() {
+        may().trang.clear();
+        may().daHoi.clear();
+        may().trang["/app"] = {"<!doctype html><title>app</title><h1>Ứng dụng</h1>"};
+        may().trang["/xau"] = {trangXau};
+        may().trang["/khac"] = {"<!doctype html><title>khac</title>"};
+    }
+    static gia::MayChuTrang& may() { return gia::mayChuTrang(); }
+
+    // The transport itself, as only a script of the isolated world can reach it.
+    void guiThang(const std::string& thongDiep) {
+        js("qt.webChannelTransport.send(JSON.stringify(" + thongDiep + "))",
+           QWebEngineScript::ApplicationWorld);
+    }
+    [[nodiscard]] std::string tepTrongTam() const {
+        auto cac = QDir(QString::fromStdString(tam.duong().string())).entryList(QDir::Files, QDir::Name);
+        return cac.join(u'|').toStdString();
+    }
+    [[nodiscard]] std::string docTep(const char* ten) const {
+        QFile tep(QString::fromStdString((tam.duong() / ten).string()));
+        return tep.open(QIODevice::ReadOnly) ? tep.readAll().toStdString() : "(none)";
+    }
+};
+
+}  // namespace
+
+TEST_F(WebLinux, cauMoTruocTrangVaGiuThuTu) {
+    may().trang["/app"] = {R"html(<!doctype html><title>app</title><script>
+        window.luc = [typeof window.tovira, typeof window.webkit.messageHandlers.tv.postMessage, tovira.nenTang].join();
+        for (var i = 0; i < 20; i++) tovira.guiLenh('{"t":"mouse_move","x":' + i / 1000 + ',"y":0}');
+        </script>)html"};
+    len();
+    EXPECT_EQ(js("window.luc"), "object,function,macos");
+    // "napXong" has come through and was answered.
+    EXPECT_TRUE(choJs("tovira.troNang === true"));
+    ASSERT_EQ(nenNhap.suKien.size(), 20U) << "posted before the page had loaded";
+
+    // A burst arrives whole, in order, and within a second.
+    nenNhap.lay();
+    const double dau = vong.dongHo();
+    js("for (var i = 0; i < 2000; i++) tovira.guiLenh('{\"t\":\"mouse_move\",\"x\":' + i / 2000 + "
+       "',\"y\":0}'); 1");
+    ASSERT_TRUE(cho([&] { return nenNhap.suKien.size() == 2000; }));
+    const double lau = vong.dongHo() - dau;
+    RecordProperty("haiNghinLenhMiliGiay", static_cast<int>(lau * 1000));
+    EXPECT_LT(lau, 1.0);
+    EXPECT_TRUE(
+        std::is_sorted(nenNhap.suKien.begin(), nenNhap.suKien.end(), [](const auto& a, const auto& b) {
+            return std::get<SuKienChuot>(a).viTri.x < std::get<SuKienChuot>(b).viTri.x;
+        }));
+
+    // Any value may be posted, and none throws.
+    nenNhap.lay();
+    const char* moiThu = R"js((function () { var vong = {}; vong.vong = vong;
+        var gui = function (o) { window.webkit.messageHandlers.tv.postMessage(o); };
+        [null, undefined, 1, 'chu', [], vong, function () {}, { k: 1 }, { k: 'lenh', json: 7 }].forEach(gui);
+        gui({ k: 'lenh', json: '{"t":"mouse_move","x":1,"y":1}', ham: function () {} });
+        return 'xong'; })())js";
+    EXPECT_EQ(js(moiThu), "xong");
+    EXPECT_TRUE(cho([&] { return nenNhap.suKien.size() == 1; }))
+        << "a field that cannot be said is dropped alone";
+}
+
+TEST_F(WebLinux, kenhChiDuaRaMotPhuongThuc) {
+    len();
+    js("window.tra = []; qt.webChannelTransport.onmessage = function (m) { tra.push(JSON.parse(m.data)); }; "
+       "1",
+       QWebEngineScript::ApplicationWorld);
+    guiThang("{ type: 3, id: 1 }");  // "init": what is there?
+    EXPECT_TRUE(cho([&] { return js("tra.length", QWebEngineScript::ApplicationWorld) == "1"; }));
+    const char* chiMot =
+        R"js({"tv":{"methods":[["nhan",0],["nhan(QString)",0]],"properties":[],"signals":[]}})js";
+    EXPECT_EQ(js("JSON.stringify(tra[0].data)", QWebEngineScript::ApplicationWorld), chiMot);
+    for (const char* ten :
+         {"'deleteLater'", "'deleteLater()'", "'destroyed'", "'setObjectName'", "1", "2", "3", "4", "5"})
+        guiThang(std::string("{ type: 6, object: 'tv', method: ") + ten + ", args: [], id: 2 }");
+    guiThang("{ type: 7, object: 'tv', signal: 0 }");
+    guiThang("{ type: 9, object: 'tv', property: 0, value: 'x' }");
+    lang();
+    js("tovira.guiLenh('{\"t\":\"mouse_move\",\"x\":0,\"y\":0}')");
+    EXPECT_TRUE(cho([&] { return nenNhap.suKien.size() == 1; })) << "the channel is still alive";
+    EXPECT_EQ(
+        js("typeof qt + Object.getOwnPropertyNames(window).filter(n => /^qt|webchannel/i.test(n)).length"),
+        "undefined0");
+}
+
+TEST_F(WebLinux, trangLaKhongToiDuocKenh) {
+    len();
+    lang();
+    nenNhap.lay();
+    const std::string congLe = ":" + std::to_string(may().cong());
+    for (const std::string& diaChi :
+         {std::string("http://tin.example.doc.example/xau"),
+          std::string("http://tin.example@doc.example/xau"), std::string("http://doc.example/xau"),
+          "http://127.0.0.1" + congLe + "/xau", "http://tin.example" + congLe + "/xau",
+          std::string("http://tin.example:81/xau")}) {
+        js("location.href = '" + diaChi + "'");
+        EXPECT_TRUE(choTrang(khongCoGi)) << diaChi << " " << js("document.title");
+        // Past the relay, straight into the transport: the host itself looks at where the page is.
+        guiThang(
+            "{ type: 6, object: 'tv', method: 'nhan', id: 0, args: ['k' + JSON.stringify({ k: 'lenh', "
+            "json: '{\"t\":\"mouse_move\",\"x\":0,\"y\":0}' })] }");
+        lang();
+        EXPECT_EQ(nenNhap.lay().size(), 0U) << diaChi;
+        EXPECT_TRUE(khac.lay().empty()) << diaChi;
+        trang.tai(thamSo.duongDanApp, 60);
+        ASSERT_TRUE(choTrang("app"));
+    }
+    js("tovira.guiLenh('{\"t\":\"mouse_move\",\"x\":0,\"y\":0}')");
+    EXPECT_TRUE(cho([&] { return nenNhap.suKien.size() == 1; })) << "the same, from the trusted page";
+}
+
+TEST_F(WebLinux, khungConVaCuaSoTachKhongCoCau) {
+    may().trang["/app"] = {R"html(<!doctype html><title>app</title><script>
+        window.nghe = []; addEventListener('message', function (e) { nghe.push(e.origin + ' ' + e.data); });
+        </script><iframe src="http://doc.example/xau"></iframe><iframe src="/xau"></iframe>)html"};
+    len();
+    EXPECT_TRUE(choJs("nghe.length === 2"));
+    EXPECT_EQ(
+        js("nghe.sort().join('|')"),
+        "http://doc.example undefined,undefined,undefined|http://tin.example undefined,undefined,undefined");
+    lang();
+    // The page's own frame may speak through its parent; the stranger may not.
+    EXPECT_EQ(nenNhap.lay().size(), 2U);
+
+    js("window.con = window.open('about:blank', 'con'); con.document.write('<title>con</title>'); 1");
+    ASSERT_TRUE(cho([] {
+        const auto cac = QApplication::topLevelWidgets();
+        return std::any_of(cac.begin(), cac.end(),
+                           [](auto* w) { return w->isVisible() && w->size() == QSize(980, 640); });
+    }));
+    EXPECT_EQ(js("[typeof con.tovira, typeof con.ipc, typeof con.webkit, typeof con.qt].join()"),
+              "undefined,undefined,undefined,undefined");
+    for (auto* w : QApplication::topLevelWidgets()) {
+        auto* nhin = w->findChild<QWebEngineView*>();
+        if (nhin == nullptr || nhin->page() == &page()) continue;
+        EXPECT_EQ(js("typeof qt", QWebEngineScript::ApplicationWorld, nhin->page()), "undefined");
+        EXPECT_EQ(nhin->page()->webChannel(), nullptr);
+    }
+    js("con.close(); 1");
+    EXPECT_TRUE(choJs("con.closed"));
+}
+
+TEST_F(WebLinux, chiCuBamLienKetMoiRaNgoai) {
+    may().trang["/app"] = {R"html(<!doctype html><title>app</title>
+        <a id="ngoai" href="http://doc.example/khac">x</a><a id="trong" href="http://tin.example:81/khac">x</a>
+        <a id="chuyen" href="/chuyen">x</a><a id="tach" target="_blank" href="http://doc.example/tach">x</a>)html"};
+    may().trang["/chuyen"] = {"", "text/plain", "Location: http://doc.example/dich\r\n", 302};
+    len();
+    js("document.getElementById('ngoai').click()");
+    ASSERT_TRUE(cho([&] { return !khac.viec.empty(); }));
+    js("document.getElementById('tach').click()");
+    ASSERT_TRUE(cho([&] { return khac.viec.size() == 2; }));
+    js("window.open('https://doc.example/mo')");
+    ASSERT_TRUE(cho([&] { return khac.viec.size() == 3; }));
+    js("document.getElementById('chuyen').click()");
+    ASSERT_TRUE(cho([&] { return khac.viec.size() == 4; }));
+    EXPECT_EQ(khac.lay(),
+              (std::vector<std::string>{"mo http://doc.example/khac", "mo http://doc.example/tach",
+                                        "mo https://doc.example/mo", "mo http://doc.example/dich"}));
+    EXPECT_EQ(js("document.title"), "app") << "the view stays where it was";
+
+    js("document.getElementById('trong').click()");
+    EXPECT_TRUE(choTrang("khac")) << "the same host on another port";
+    js("location.href = 'http://doc.example/khac?'");
+    EXPECT_TRUE(choJs("location.host === 'doc.example' && document.readyState === 'complete'"))
+        << "a script's own way";
+    EXPECT_TRUE(khac.viec.empty());
+}
+
+TEST_F(WebLinux, trangMatKetNoiVaDuongVe) {
+    len();
+    page().load(QUrl(QStringLiteral("http://127.0.0.1:2/")));
+    ASSERT_TRUE(choTrang("Tovira")) << "nobody listens there";
+    EXPECT_EQ(js("location.origin + typeof window.tovira"), "nullundefined");
+    doMayChu.lan.clear();
+    js("document.querySelector('a').click()");
+    ASSERT_TRUE(cho([&] { return doMayChu.lan.size() == 1; })) << "the retry link asks the server again";
+    doMayChu.traLoi(true);
+    EXPECT_TRUE(choTrang("app"));
+
+    // An answer is a page, whatever its status; an overtaken load is no failure.
+    may().trang["/hong"] = {"<title>nam-tram</title>", "text/html", "", 500};
+    trang.tai("http://tin.example/hong", 60);
+    EXPECT_TRUE(choTrang("nam-tram"));
+    may().trang["/treo"] = {"", "text/html", "", 200, true};
+    trang.tai("http://tin.example/treo", 60);
+    ASSERT_TRUE(
+        cho([] { return std::count(may().daHoi.begin(), may().daHoi.end(), "tin.example /treo") == 1; }));
+    trang.tai(thamSo.duongDanApp, 60);
+    EXPECT_TRUE(choTrang("app"));
+    // A server that never answers runs into the time limit.
+    trang.tai("http://tin.example/treo", 0.3);
+    EXPECT_TRUE(choTrang("Tovira"));
+}
+
+TEST_F(WebLinux, taiXuong) {
+    may().trang["/tep"] = {"mot", "application/octet-stream",
+                           "Content-Disposition: attachment; filename=\"../../a.txt\"\r\n"};
+    may().trang["/la"] = {"hai", "application/x-la"};
+    may().trang["/dut"] = {"ba", "application/octet-stream", "Content-Disposition: attachment\r\n"};
+    may().trang["/dut"].thieu = 7;
+    may().trang["/app"] = {R"html(<!doctype html><title>app</title><script>
+        window.kq = []; window.__tvDaTai = function (d, t) { kq.push(t); };
+        window.__tvTaiHong = function (l) { kq.push('hong'); };
+        </script><a id="dl" href="data:text/plain,du%20lieu">x</a>)html"};
+    len();
+    js("location.href = '/tep'; 1");
+    EXPECT_TRUE(choJs("kq.length === 1"));
+    EXPECT_EQ(js("document.title"), "app") << "a load that became a download replaces nothing";
+    // Two at once under one name; then what the engine cannot show; then blob: and data:.
+    js("['/tep', '/tep'].forEach(function (u) { var a = document.createElement('a'); a.href = u; a.download "
+       "= ''; "
+       "document.body.append(a); a.click(); }); 1");
+    EXPECT_TRUE(choJs("kq.length === 3"));
+    js("location.href = '/la'; 1");
+    EXPECT_TRUE(choJs("kq.length === 4"));
+    js("location.href = URL.createObjectURL(new Blob(['bon'])); 1");
+    EXPECT_TRUE(choJs("kq.length === 5"));
+    js("document.getElementById('dl').click(); 1");
+    EXPECT_TRUE(choJs("kq.length === 6"));
+    EXPECT_EQ(docTep("a.txt") + docTep("a (2).txt") + docTep("a (3).txt"), "motmotmot");
+    EXPECT_EQ(docTep("la"), "hai");
+    EXPECT_EQ(docTep("tep-nhan-duoc.txt"), "du lieu") << tepTrongTam();
+    EXPECT_EQ(js("document.title + typeof window.tovira"), "appobject");
+    EXPECT_EQ(khac.viec.size(), 6U) << "each one revealed";
+    js("location.href = '/dut'; 1");
+    EXPECT_TRUE(choJs("kq.length === 7"));
+    EXPECT_EQ(js("kq[6]"), "hong");
+}
+
+TEST_F(WebLinux, mayAnhVaMicro) {
+    len();
+    for (const auto& [ten, mongDoi] : {std::pair("127.0.0.1", "co"), std::pair("localhost", "co"),
+                                       std::pair("la.localhost", "NotAllowedError")}) {
+        page().load(QUrl(QStringLiteral("http://%1:%2/khac").arg(QLatin1String(ten)).arg(may().cong())));
+        ASSERT_TRUE(choJs("location.hostname === '" + std::string(ten) + "' && document.title === 'khac'"));
+        js("window.duoc = ''; navigator.mediaDevices.getUserMedia({ video: true, audio: true })"
+           ".then(function () { duoc = 'co'; }, function (e) { duoc = e.name; }); 1");
+        EXPECT_TRUE(choJs("duoc")) << ten;
+        EXPECT_EQ(js("duoc"), mongDoi) << ten;
+        js("Notification.requestPermission().then(function (q) { window.bao = q; }); 1");
+        EXPECT_TRUE(choJs("window.bao")) << ten;
+        EXPECT_EQ(js("bao"), "denied") << ten;
+    }
+}
+
+TEST_F(WebLinux, hopThoaiCuaTrang) {
+    len();
+    EXPECT_EQ(js("alert('<b>chào</b>'); [confirm('?'), prompt('?', 'x')].join()"), "false,");
+    EXPECT_EQ(khac.lay(), std::vector<std::string>{"thongBao <b>chào</b>"});
+}
+
+TEST_F(WebLinux, cuaSoTachTungCaiMot) {
+    len();
+    const auto dem = [] {
+        int so = 0;
+        for (auto* w : QApplication::topLevelWidgets())
+            if (w->isVisible() && w->findChild<QWebEngineView*>() != nullptr) ++so;
+        return so;
+    };
+    js("window.mot = window.open('', 'mot', 'width=520,height=400'); mot.document.title = 'mot'; 1");
+    ASSERT_TRUE(cho([&] { return dem() == 2; }));
+    js("window.hai = window.open('', 'hai'); 1");
+    EXPECT_TRUE(choJs("mot.closed && !hai.closed")) << "a new one closes the old one";
+    EXPECT_TRUE(cho([&] { return dem() == 2; }));
+    // The user closes it: its page closes itself.
+    for (auto* w : QApplication::topLevelWidgets())
+        if (w != &cua && w->isVisible() && w->findChild<QWebEngineView*>() != nullptr) w->close();
+    EXPECT_TRUE(choJs("hai.closed"));
+    EXPECT_EQ(dem(), 1);
+}
+
+TEST_F(WebLinux, dongCoChet) {
+    len();
+    page().load(QUrl(QStringLiteral("chrome://crash")));
+    EXPECT_TRUE(cho([] {
+        return std::count(may().daHoi.begin(), may().daHoi.end(), "tin.example /app") == 2;
+    })) << "reloaded once";
+    ASSERT_TRUE(choTrang("app"));
+    phat();
+    page().load(QUrl(QStringLiteral("chrome://crash")));
+    EXPECT_TRUE(cho([&] { return !manHinh.dangPhat(); })) << "twice within a minute";
+    EXPECT_TRUE(choTrang("Tovira"));
+}
+
+int main(int soThamSo, char** thamSo) {
+    return gia::chayThuWeb(soThamSo, thamSo);
+}

@@ -1,0 +1,118 @@
+#pragma once
+// The web host on the real engine of a Linux desktop, around fake capture and input.
+
+#include <gtest/gtest.h>
+
+#include <QDeadlineTimer>
+#include <QEventLoop>
+#include <QTimer>
+#include <QWebEngineScript>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "CuaSoLinux.hpp"
+#include "VongLapLinux.hpp"
+#include "gia/MayChuTrang.hpp"
+#include "gia/WebGia.hpp"
+
+namespace tovira::gia {
+
+// Turns the event loop until `dieuKien` holds; false when it does not within `giay` seconds.
+inline bool cho(const std::function<bool()>& dieuKien, double giay = 15) {
+    const QDeadlineTimer han(static_cast<qint64>(giay * 1000));
+    while (!dieuKien()) {
+        if (han.hasExpired()) return false;
+        QEventLoop vong;
+        QTimer::singleShot(5, &vong, &QEventLoop::quit);
+        vong.exec();
+    }
+    return true;
+}
+
+// One profile for all tests of a process: engines do not like to share a store with a dying predecessor.
+inline HoSoWeb& hoSoChung(HoSoWeb* moi = nullptr) {
+    static HoSoWeb* hoSo = nullptr;
+    if (moi != nullptr) hoSo = moi;
+    return *hoSo;
+}
+
+struct PhongWebLinux {
+    // Names that the engine's resolver maps onto the test's server (see the test program's main).
+    static constexpr const char* gocTin = "http://tin.example";
+
+    ThuMucTam tam;
+    VongLapLinux vong;
+    NenDieuKhienGia nenNhap;
+    NenManHinhGia nenMan;
+    DieuKhien dieuKhien{nenNhap, vong};
+    ManHinh manHinh{nenMan, vong, dieuKhien};
+    DieuKhien::DatChung datNhap{dieuKhien};
+    ManHinh::DatChung datMan{manHinh};
+    ThamSo thamSo;
+    NenLinhTinhGia khac;
+    CaiDatGia caiDat;
+    DoMayChuGia doMayChu{vong};
+    GiaoDienKem giaoDienKem{tam.duong()};
+    CuaSoTachLinux tach{hoSoChung()};
+    TrangLinux trang{hoSoChung(), tach};
+    CuaSoLinux cua{trang, caiDat};
+    CuaSo cuaSo{{vong, thamSo, cua, trang, tach, nenNhap, khac, khac, khac, khac, caiDat, khac, khac,
+                 doMayChu, giaoDienKem}};
+
+    PhongWebLinux() {
+        thamSo.mayChu = gocTin;
+        thamSo.duongDanApp = std::string(gocTin) + "/app";
+        thamSo.gocMayChu = gocTin;
+        khac.thuMuc = tam.duong().string();
+    }
+
+    // Builds everything and shows the server's application.
+    void len() {
+        cuaSo.dung();
+        doMayChu.traLoi(true);
+        cuaSo.hien();
+        ASSERT_TRUE(choTrang("app"));
+    }
+
+    [[nodiscard]] QWebEnginePage& page() { return *trang.khungNhin().page(); }
+
+    // The value of an expression in the page, as text.
+    std::string js(const std::string& bieuThuc, quint32 theGioi = QWebEngineScript::MainWorld,
+                   QWebEnginePage* trangNao = nullptr) {
+        // Shared: an answer may still come when nobody waits any more.
+        const auto ra = std::make_shared<std::optional<std::string>>();
+        auto* p = trangNao == nullptr ? &page() : trangNao;
+        p->runJavaScript(QString::fromStdString(bieuThuc), theGioi,
+                         [ra](const QVariant& v) { *ra = v.toString().toStdString(); });
+        EXPECT_TRUE(cho([&] { return ra->has_value(); })) << bieuThuc;
+        return ra->value_or("(no answer)");
+    }
+    // Waits until the expression is true in the page.
+    bool choJs(const std::string& bieuThuc) {
+        return cho([&] { return js("!!(" + bieuThuc + ")") == "true"; });
+    }
+    // Waits until a page with this title has loaded.
+    bool choTrang(const std::string& ten) {
+        return choJs("document.readyState === 'complete' && document.title === '" + ten + "'");
+    }
+
+    // Nothing more is under way from the page to the host.
+    void lang() {
+        js("1");
+        js("1", QWebEngineScript::ApplicationWorld);
+    }
+
+    // The screen is being shared, as far as the window can tell.
+    void phat() {
+        nenMan.ketQuaLietKe =
+            std::vector<ManHinh::Nguon>{{1, "Một", 1920, 1080, {1920, 1080}, {0, 0, 1920, 1080}, true}};
+        manHinh.batDau(0);
+        ASSERT_TRUE(cho([&] { return !nenMan.luong.empty() && nenMan.luong.back()->xong; }));
+        nenMan.luong.back()->xong({});
+        ASSERT_TRUE(cho([&] { return manHinh.dangPhat(); }));
+    }
+};
+
+}  // namespace tovira::gia
