@@ -47,12 +47,14 @@ nhatKy=$(mktemp)
 trap 'rm -f "$nhatKy"' EXIT
 cmake --preset "$preset" -DTOVIRA_KIEM_THU=OFF >"$nhatKy" 2>&1 || { cat "$nhatKy"; exit 1; }
 noi "Building"
-cmake --build "build/$preset" --target tovira >"$nhatKy" 2>&1 || { cat "$nhatKy"; exit 1; }
+dich=tovira
+[ "$preset" = macos ] && dich=goi
+cmake --build "build/$preset" --target "$dich" >"$nhatKy" 2>&1 || { cat "$nhatKy"; exit 1; }
 chuongTrinh=$PWD/build/$preset/tovira
 
 if [ "$(uname -s)" = Darwin ]; then
-    noi "Starting Tovira"
-    "$chuongTrinh" "$@"
+    noi "Opening dist/Tovira.app"
+    open dist/Tovira.app --args "$@"
     exit
 fi
 

@@ -1,0 +1,77 @@
+# Run by the target `goi`: puts the bundle `goi` together from the program `chuong_trinh`, the sources `nguon` and
+# the build folder `dung`, and signs it as `chu_ky`.
+cmake_minimum_required(VERSION 3.25)
+include(BundleUtilities)
+
+set(ten_chung_chi "Tovira Local Signing")  # tao-chung-chi-ky.sh makes it
+
+function(chay)
+    execute_process(COMMAND ${ARGN} COMMAND_ERROR_IS_FATAL ANY)
+endfunction()
+
+function(xep_tep)
+    file(REMOVE_RECURSE ${goi})
+    file(MAKE_DIRECTORY ${goi}/Contents/MacOS ${goi}/Contents/Resources)
+    file(COPY_FILE ${chuong_trinh} ${goi}/Contents/MacOS/Tovira)
+    file(COPY ${dung}/Info.plist DESTINATION ${goi}/Contents)
+    file(COPY ${nguon}/resources/giao-dien DESTINATION ${goi}/Contents/Resources)
+    chay(${chuong_trinh} --tao-icon ${dung}/Tovira.iconset)
+    chay(iconutil --convert icns --output ${goi}/Contents/Resources/Tovira.icns ${dung}/Tovira.iconset)
+endfunction()
+
+# Libraries that are not the system's move into the bundle; ends the build if one is still outside.
+function(gom_thu_vien)
+    set(BU_CHMOD_BUNDLE_ITEMS TRUE)
+    fixup_bundle(${goi} "" "")
+endfunction()
+
+function(chon_chu_ky bien)
+    set(ra "${chu_ky}")
+    if("${ra}" STREQUAL "")
+        execute_process(COMMAND security find-identity -v -p codesigning OUTPUT_VARIABLE co OUTPUT_STRIP_TRAILING_WHITESPACE)
+        string(FIND "${co}" "\"${ten_chung_chi}\"" cho)
+        if(cho EQUAL -1)
+            set(ra "-")
+        else()
+            set(ra "${ten_chung_chi}")
+        endif()
+    endif()
+    set(${bien} "${ra}" PARENT_SCOPE)
+endfunction()
+
+# Signatures without a team cannot vouch for each other's libraries: then the program has to allow its own.
+function(lap_quyen bien thu_vien)
+    file(READ ${nguon}/macos/Tovira.entitlements quyen)
+    if(NOT "${thu_vien}" STREQUAL "" AND "${chu_ky}" STREQUAL "")
+        string(REPLACE "</dict>"
+            "    <key>com.apple.security.cs.disable-library-validation</key>\n    <true/>\n</dict>" quyen "${quyen}")
+    endif()
+    file(WRITE ${dung}/Tovira.entitlements "${quyen}")
+    set(${bien} ${dung}/Tovira.entitlements PARENT_SCOPE)
+endfunction()
+
+function(ky)
+    file(GLOB thu_vien ${goi}/Contents/Frameworks/*.dylib)
+    chon_chu_ky(ten)
+    lap_quyen(quyen "${thu_vien}")
+    set(cach --force --sign "${ten}" --options runtime)
+    if("${chu_ky}" STREQUAL "")
+        list(APPEND cach --timestamp=none)
+    else()
+        list(APPEND cach --timestamp)
+    endif()
+    foreach(mot IN LISTS thu_vien)
+        chay(codesign ${cach} ${mot})
+    endforeach()
+    chay(codesign ${cach} --entitlements ${quyen} ${goi})
+    chay(codesign --verify --strict ${goi})
+    if(ten STREQUAL "-")
+        message(STATUS "Signed ad hoc: the system forgets its permissions with every build. ./tao-chung-chi-ky.sh ends that.")
+    else()
+        message(STATUS "Signed as ${ten}")
+    endif()
+endfunction()
+
+xep_tep()
+gom_thu_vien()
+ky()
