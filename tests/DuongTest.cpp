@@ -1,0 +1,262 @@
+// The road itself: the program as users start it, a real web engine, real X clients and real pixels.
+
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "KhachX.hpp"
+#include "gia/KhachThu.hpp"
+#include "gia/ThuMucTam.hpp"
+#include "gia/TrangDieuKhien.hpp"
+#include "x11/AnhJpeg.hpp"
+
+using namespace tovira;
+using gia::choDen;
+using gia::docTep;
+using thu::AnhJpeg;
+using thu::Mau;
+
+namespace {
+
+// A program that ends with the test, whatever comes of it.
+class TienTrinh {
+  public:
+    explicit TienTrinh(std::vector<std::string> lenh) : ma_(fork()) {
+        if (ma_ != 0) return;
+        std::vector<char*> cac;
+        for (auto& mot : lenh)
+            cac.push_back(mot.data());
+        cac.push_back(nullptr);
+        execvp(cac[0], cac.data());
+        _exit(127);
+    }
+    ~TienTrinh() {
+        if (ma_ > 0 && !het_) {
+            kill(ma_, SIGKILL);
+            waitpid(ma_, nullptr, 0);
+        }
+    }
+    TienTrinh(const TienTrinh&) = delete;
+    TienTrinh& operator=(const TienTrinh&) = delete;
+
+    void bao(int tinHieu) const { kill(ma_, tinHieu); }
+    // Its exit status; -1 when it does not end in time or by a signal.
+    int doiHet() {
+        int tt = 0;
+        if (!choDen([&] { return waitpid(ma_, &tt, WNOHANG) == ma_; })) return -1;
+        het_ = true;
+        return WIFEXITED(tt) ? WEXITSTATUS(tt) : -1;
+    }
+
+  private:
+    pid_t ma_;
+    bool het_ = false;
+};
+
+class DuongTest : public testing::Test {
+  protected:
+    void SetUp() override {
+        const auto nha = tam.duong() / "nha";
+        std::filesystem::create_directories(nha);
+        for (const char* bien : {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME"})
+            setenv(bien, nha.c_str(), 1);
+        setenv("XDG_RUNTIME_DIR", nha.c_str(), 1);
+        std::filesystem::permissions(nha, std::filesystem::perms::owner_all);
+    }
+
+    void moTovira() {
+        tovira.emplace(std::vector<std::string>{TOVIRA_CHUONG_TRINH, "--server", trang.goc()});
+        ASSERT_TRUE(trang.cho("window.tovira && tovira.dsManHinh.length"));
+    }
+
+    // Starts sharing and says what the page was told.
+    std::string chiaSe() {
+        trang.chay("tovira.xinManHinh(0)");
+        if (!trang.cho("tovira.manHinhDangPhat() || tovira.manHinh.loi")) return {};
+        EXPECT_EQ(trang.hoi("tovira.manHinh.loi"), "");
+        return trang.hoi("tovira.manHinh.duongDan");
+    }
+
+    void lenh(const std::string& json) { trang.chay("tovira.guiLenh('" + json + "')"); }
+
+    gia::ThuMucTam tam;
+    gia::TrangDieuKhien trang;
+    std::optional<TienTrinh> tovira;
+};
+
+std::uint16_t congCua(const std::string& url) {
+    return static_cast<std::uint16_t>(std::stoi(url.substr(std::string("http://127.0.0.1:").size())));
+}
+
+// The next frame of a stream.
+AnhJpeg layKhung(gia::KhachThu& khach) {
+    const std::string dau = khach.layToi("\r\n\r\n");
+    const auto cho = dau.find("Content-Length: ");
+    if (cho == std::string::npos) return AnhJpeg({});
+    const std::size_t dai = std::stoul(dau.substr(cho + 16));
+    if (!khach.docItNhat(dai + 2)) return AnhJpeg({});
+    const AnhJpeg anh(std::as_bytes(std::span(khach.daDoc.data(), dai)));
+    khach.daDoc.erase(0, dai + 2);
+    return anh;
+}
+
+// WM_CLASS of the window that has the keyboard.
+std::string lopCuaTieuDiem(const ManX& x) {
+    const PhanXcb<xcb_get_input_focus_reply_t> diem(
+        xcb_get_input_focus_reply(x.c(), xcb_get_input_focus(x.c()), nullptr));
+    if (!diem) return {};
+    const PhanXcb<xcb_get_property_reply_t> lop(xcb_get_property_reply(
+        x.c(), xcb_get_property(x.c(), 0, diem->focus, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 0, 64), nullptr));
+    if (!lop) return {};
+    return {static_cast<const char*>(xcb_get_property_value(lop.get())),
+            static_cast<std::size_t>(xcb_get_property_value_length(lop.get()))};
+}
+
+// A window of one colour that stands above everything.
+class OMau {
+  public:
+    OMau(const ManX& x, int cx, int cy, int rong, int cao) : x_(x), o_(xcb_generate_id(x.c())) {
+        const std::uint32_t giaTri[] = {0, 1};
+        xcb_create_window(x.c(), XCB_COPY_FROM_PARENT, o_, x.goc(), static_cast<std::int16_t>(cx),
+                          static_cast<std::int16_t>(cy), static_cast<std::uint16_t>(rong),
+                          static_cast<std::uint16_t>(cao), 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
+                          XCB_COPY_FROM_PARENT, XCB_CW_BACK_PIXEL | XCB_CW_OVERRIDE_REDIRECT, giaTri);
+        xcb_map_window(x.c(), o_);
+    }
+    void to(std::uint32_t mau) const {
+        xcb_change_window_attributes(x_.c(), o_, XCB_CW_BACK_PIXEL, &mau);
+        xcb_clear_area(x_.c(), 0, o_, 0, 0, 0, 0);
+        xcb_flush(x_.c());
+    }
+
+  private:
+    const ManX& x_;
+    xcb_window_t o_;
+};
+
+}  // namespace
+
+TEST_F(DuongTest, manHinhThatVaDungThat) {
+    const ManX x = moManX();
+    moTovira();
+    EXPECT_EQ(trang.hoi("tovira.nenTang + tovira.phienBan + tovira.native"), "macos1.0.3true");
+    EXPECT_EQ(trang.hoi("tovira.troNangDaBat()"), "true");
+    EXPECT_EQ(
+        trang.hoi("tovira.dsManHinh[0].rong + 'x' + tovira.dsManHinh[0].cao + tovira.dsManHinh[0].chinh"),
+        std::to_string(x.man->width_in_pixels) + "x" + std::to_string(x.man->height_in_pixels) + "true");
+    const OMau o(x, 200, 300, 120, 90);
+    o.to(0x00AA33);
+    const std::string url = chiaSe();
+    ASSERT_EQ(url.rfind("http://127.0.0.1:", 0), 0U) << url;
+    const std::string dich = url.substr(url.find("/man-hinh"));
+
+    EXPECT_EQ(gia::hoi(congCua(url), "GET /man-hinh?k=sai-be-bet HTTP/1.1\r\n\r\n"),
+              "HTTP/1.1 404 Not Found\r\nAccess-Control-Allow-Origin: *\r\nContent-Length: 0\r\n"
+              "Connection: close\r\n\r\n");
+    gia::KhachThu khach(congCua(url));
+    ASSERT_TRUE(khach.gui("GET " + dich + " HTTP/1.1\r\n\r\n"));
+    EXPECT_NE(khach.layToi("\r\n\r\n").find("boundary=khungcuatoi"), std::string::npos);
+    for (const std::uint32_t mau : {0x00AA33U, 0xCC2200U, 0x1133DDU}) {
+        o.to(mau);
+        AnhJpeg anh({});
+        ASSERT_TRUE(choDen([&] {
+            anh = layKhung(khach);
+            return anh.rong == 0 || anh.tai(260, 345) == Mau{mau};
+        })) << std::hex
+            << mau;
+        ASSERT_EQ(anh.rong, x.man->width_in_pixels);
+        ASSERT_EQ(anh.cao, x.man->height_in_pixels);
+    }
+
+    // The page stops: the stream ends, and its port with it.
+    trang.chay("document.getElementById('bc-stop').click()");
+    EXPECT_NE(khach.docHet(), gia::KhachThu::Doc::quaHan);
+    ASSERT_TRUE(choDen([&] { return !gia::KhachThu(congCua(url)).noiDuoc(); }));
+    // A fresh share has a fresh secret.
+    const std::string url2 = chiaSe();
+    ASSERT_EQ(url2.rfind("http://127.0.0.1:", 0), 0U);
+    EXPECT_NE(url2.substr(url2.find("k=")), url.substr(url.find("k=")));
+    tovira->bao(SIGTERM);
+    EXPECT_EQ(tovira->doiHet(), 0);
+}
+
+TEST_F(DuongTest, lenhCuaTrangDieuKhienMayNay) {
+    moTovira();
+    ASSERT_FALSE(chiaSe().empty());
+    gia::KhachX khach;  // covers the whole display
+    khach.suKien.clear();
+    lenh(R"({"t":"mouse_move","x":0.25,"y":0.5})");
+    const int rong = khach.x().man->width_in_pixels;
+    const int cao = khach.x().man->height_in_pixels;
+    khach.docToi([&] {
+        return !khach.suKien.empty() && khach.suKien.back().x == rong / 4 && khach.suKien.back().y == cao / 2;
+    });
+    lenh(R"({"t":"mouse_down","x":0.25,"y":0.5,"button":"right"})");
+    lenh(R"({"t":"mouse_up","x":0.25,"y":0.5,"button":"right"})");
+    lenh(R"({"t":"mouse_wheel","x":0.25,"y":0.5,"dy":240})");
+    khach.docToi([&] { return khach.keLai() == "+3/0 -3/0 +5/0 -5/0 +5/0 -5/0"; });
+    khach.suKien.clear();
+    lenh(R"({"t":"key_down","code":"KeyA","modifiers":["shift"]})");
+    lenh(R"({"t":"key_up","code":"KeyA"})");
+    lenh(R"({"t":"text","value":"xin chào, 世界 🎉"})");
+    lenh(R"({"t":"key_down","code":"khong-co"})");
+    lenh(R"({"t":"text","value":"."})");
+    khach.docToi([&] { return khach.chu == "Axin chào, 世界 🎉."; });
+}
+
+// A page that floods the host loses no command and no order.
+TEST_F(DuongTest, haiNghinLenhMotLucTheoThuTu) {
+    moTovira();
+    gia::KhachX khach;
+    std::string mong;
+    for (int i = 0; i < 2000; ++i)
+        mong += static_cast<char>('a' + i * 7 % 26);
+    trang.chay(
+        "for (let i = 0; i < 2000; i++) { const c = 'Key' + String.fromCharCode(65 + i * 7 % 26);"
+        "tovira.guiLenh(JSON.stringify({t:'key_down', code:c})); tovira.guiLenh(JSON.stringify({t:'key_up', "
+        "code:c})); }");
+    khach.docToi([&] { return khach.chu.size() >= mong.size(); }, 60);
+    EXPECT_EQ(khach.chu, mong);
+}
+
+TEST_F(DuongTest, chuDenDungTrongXterm) {
+    moTovira();
+    const auto tep = tam / "ra.txt";
+    setenv("LC_ALL", "C.utf8", 1);
+    const TienTrinh xterm(
+        {"xterm", "-u8", "-geometry", "80x20+0+0", "-e", "sh", "-c", "exec cat > " + tep.string()});
+    const ManX x = moManX();
+    ASSERT_TRUE(choDen([&] { return std::filesystem::exists(tep); }));
+    // The remote side clicks into the terminal until the window manager has given it the keyboard.
+    ASSERT_TRUE(choDen([&] {
+        if (lopCuaTieuDiem(x).find("xterm") != std::string::npos) return true;
+        lenh(R"({"t":"mouse_down","x":0.1,"y":0.2})");
+        lenh(R"({"t":"mouse_up","x":0.1,"y":0.2})");
+        return trang.hoi("1") != "1";
+    }));
+    lenh(R"({"t":"text","value":"Tiếng Việt có dấu: ễ ộ ữ\\nдва\\n"})");
+    EXPECT_TRUE(choDen([&] { return docTep(tep) == "Tiếng Việt có dấu: ễ ộ ữ\nдва\n"; })) << docTep(tep);
+}
+
+// However the program is told to end, nothing stays pressed.
+TEST_F(DuongTest, duocBaoKetThucThiThaHet) {
+    moTovira();
+    ASSERT_FALSE(chiaSe().empty());
+    gia::KhachX khach;
+    khach.suKien.clear();
+    lenh(R"({"t":"key_down","code":"KeyQ"})");
+    lenh(R"({"t":"mouse_down","x":0.5,"y":0.5})");
+    khach.docToi([&] { return khach.keLai() == "+24/0 +1/0"; });
+    tovira->bao(SIGINT);
+    khach.docToi([&] {
+        const auto ke = khach.keLai();
+        return ke.find(" -1/") != std::string::npos && ke.find(" -24/") != std::string::npos;
+    });
+    EXPECT_EQ(tovira->doiHet(), 0);
+}
