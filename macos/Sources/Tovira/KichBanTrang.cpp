@@ -24,36 +24,33 @@ std::string muc(const MucManHinh& m) {
 }  // namespace
 
 std::string trangThai(bool autostart) {
-    return noi(
-        {"(function(){ if (!window.tovira) return;\n"
-         "  window.tovira.trangThai = { autostart: ",
-         logic(autostart), ", service: ", logic(false),
-         " };\n"
-         "  if (typeof window.__tvTrangThai === 'function') window.__tvTrangThai(window.tovira.trangThai);\n"
-         "})();"});
+    return noi({R"js((function(){ if (!window.tovira) return;
+  window.tovira.trangThai = { autostart: )js",
+                logic(autostart), ", service: ", logic(false),
+                R"js( };
+  if (typeof window.__tvTrangThai === 'function') window.__tvTrangThai(window.tovira.trangThai);
+})();)js"});
 }
 
 std::string troNang(bool duocPhep) {
-    return noi(
-        {"(function(){ if (!window.tovira) return;\n"
-         "  window.tovira.troNang = ",
-         logic(duocPhep),
-         ";\n"
-         "  if (typeof window.__tvAndroidDoi === 'function') window.__tvAndroidDoi();\n"
-         "})();"});
+    return noi({R"js((function(){ if (!window.tovira) return;
+  window.tovira.troNang = )js",
+                logic(duocPhep),
+                R"js(;
+  if (typeof window.__tvAndroidDoi === 'function') window.__tvAndroidDoi();
+})();)js"});
 }
 
 std::string manHinh(std::string_view duongDan, std::string_view loi, bool dangPhat) {
-    return noi(
-        {"(function(){ if (!window.tovira) return;\n"
-         "  window.tovira.manHinh = { duongDan: ",
-         Cau::nhayJS(duongDan), ", loi: ", Cau::nhayJS(loi),
-         " };\n"
-         "  window.tovira.dangPhat = ",
-         logic(dangPhat),
-         ";\n"
-         "  if (typeof window.__tvAndroidDoi === 'function') window.__tvAndroidDoi();\n"
-         "})();"});
+    return noi({R"js((function(){ if (!window.tovira) return;
+  window.tovira.manHinh = { duongDan: )js",
+                Cau::nhayJS(duongDan), ", loi: ", Cau::nhayJS(loi),
+                R"js( };
+  window.tovira.dangPhat = )js",
+                logic(dangPhat),
+                R"js(;
+  if (typeof window.__tvAndroidDoi === 'function') window.__tvAndroidDoi();
+})();)js"});
 }
 
 std::string dsManHinh(std::span<const MucManHinh> danhSach) {
@@ -66,36 +63,34 @@ std::string dsManHinh(std::span<const MucManHinh> danhSach) {
 }
 
 std::string traLoiNhan(const Cau::NhanTep::TraLoi& traLoi) {
-    return noi(
-        {"(function(){ if (!window.tovira) return;\n"
-         "  var f = window.tovira.__nhanCho;\n"
-         "  window.tovira.__nhanCho = null;\n"
-         "  if (typeof f === 'function') f({\n"
-         "    goc: ",
-         Cau::nhayJS(traLoi.goc),
-         ",\n"
-         "    cong: ",
-         std::to_string(traLoi.cong),
-         ",\n"
-         "    biMat: ",
-         Cau::nhayJS(traLoi.biMat),
-         ",\n"
-         "    loi: ",
-         Cau::nhayJS(traLoi.loi),
-         "\n"
-         "  });\n"
-         "})();"});
+    return noi({R"js((function(){ if (!window.tovira) return;
+  var f = window.tovira.__nhanCho;
+  window.tovira.__nhanCho = null;
+  if (typeof f === 'function') f({
+    goc: )js",
+                Cau::nhayJS(traLoi.goc),
+                R"js(,
+    cong: )js",
+                std::to_string(traLoi.cong),
+                R"js(,
+    biMat: )js",
+                Cau::nhayJS(traLoi.biMat),
+                R"js(,
+    loi: )js",
+                Cau::nhayJS(traLoi.loi),
+                R"js(
+  });
+})();)js"});
 }
 
 std::string traLoiLuu(std::string_view duong, std::string_view loi) {
-    return noi(
-        {"(function(){ if (!window.tovira) return;\n"
-         "  var f = window.tovira.__luuCho;\n"
-         "  window.tovira.__luuCho = null;\n"
-         "  if (typeof f === 'function') f({ duong: ",
-         Cau::nhayJS(duong), ", loi: ", Cau::nhayJS(loi),
-         " });\n"
-         "})();"});
+    return noi({R"js((function(){ if (!window.tovira) return;
+  var f = window.tovira.__luuCho;
+  window.tovira.__luuCho = null;
+  if (typeof f === 'function') f({ duong: )js",
+                Cau::nhayJS(duong), ", loi: ", Cau::nhayJS(loi),
+                R"js( });
+})();)js"});
 }
 
 std::string matKetNoi(bool mat) {
@@ -104,26 +99,23 @@ std::string matKetNoi(bool mat) {
 }
 
 std::string mayChuSongLai() {
-    return "(function(){ if (typeof window.__tvMayChuSongLai === 'function') window.__tvMayChuSongLai(); "
-           "})();";
+    return R"js((function(){ if (typeof window.__tvMayChuSongLai === 'function') window.__tvMayChuSongLai(); })();)js";
 }
 
 std::string daTai(std::string_view thuMuc, std::string_view ten) {
-    return noi(
-        {"(function(){ if (typeof window.__tvDaTai === 'function')\n"
-         "  window.__tvDaTai(",
-         Cau::nhayJS(thuMuc), ", ", Cau::nhayJS(ten),
-         ");\n"
-         "})();"});
+    return noi({R"js((function(){ if (typeof window.__tvDaTai === 'function')
+  window.__tvDaTai()js",
+                Cau::nhayJS(thuMuc), ", ", Cau::nhayJS(ten),
+                R"js();
+})();)js"});
 }
 
 std::string taiHong(std::string_view moTa) {
-    return noi(
-        {"(function(){ if (typeof window.__tvTaiHong === 'function')\n"
-         "  window.__tvTaiHong(",
-         Cau::nhayJS(moTa),
-         ");\n"
-         "})();"});
+    return noi({R"js((function(){ if (typeof window.__tvTaiHong === 'function')
+  window.__tvTaiHong()js",
+                Cau::nhayJS(moTa),
+                R"js();
+})();)js"});
 }
 
 std::string bamDung() {
