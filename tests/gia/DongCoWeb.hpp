@@ -47,6 +47,8 @@ inline int chayThuWeb(int soThamSo, char** thamSo) {
     const QByteArray noi = "127.0.0.1:" + QByteArray::number(cong);
     qputenv("QTWEBENGINE_CHROMIUM_FLAGS",
             "--host-resolver-rules=\"MAP *.example " + noi + "\" --use-fake-device-for-media-stream");
+    // Left alone, the desktop's libraries would start a message bus that outlives the test.
+    qputenv("DBUS_SESSION_BUS_ADDRESS", "disabled:");
     // Containers run tests as root, where the sandbox cannot start.
     if (::geteuid() == 0) qputenv("QTWEBENGINE_DISABLE_SANDBOX", "1");
     HoSoWeb::dangKyGiaoThuc();

@@ -12,9 +12,9 @@ namespace tovira {
 namespace {
 
 constexpr int nghiTruocKhiLuu = 300;  // milliseconds a dragged window rests before its place is saved
-// Milliseconds that a window may be out of sight without meaning it: managers unmap and map it while they
-// dress it.
-constexpr int choBiChe = 250;
+// Milliseconds after which a window that has gone out of sight means it: managers unmap and map it while they
+// dress it, and what they report of its state may be old.
+constexpr int choKhuat = 120;
 
 }  // namespace
 
@@ -22,9 +22,9 @@ CuaSoLinux::CuaSoLinux(TrangLinux& trang, CaiDat& caiDat) : trang_(trang), caiDa
     henLuu_.setSingleShot(true);
     henLuu_.setInterval(nghiTruocKhiLuu);
     connect(&henLuu_, &QTimer::timeout, this, &CuaSoLinux::luuKhung);
-    henXemChe_.setSingleShot(true);
-    henXemChe_.setInterval(choBiChe);
-    connect(&henXemChe_, &QTimer::timeout, this, &CuaSoLinux::xemBiChe);
+    henXemKhuat_.setSingleShot(true);
+    henXemKhuat_.setInterval(choKhuat);
+    connect(&henXemKhuat_, &QTimer::timeout, this, &CuaSoLinux::xemKhuat);
 }
 
 CuaSoLinux::~CuaSoLinux() {
@@ -140,14 +140,7 @@ void CuaSoLinux::closeEvent(QCloseEvent* e) {
 
 void CuaSoLinux::changeEvent(QEvent* e) {
     QMainWindow::changeEvent(e);
-    if (e->type() != QEvent::WindowStateChange || chu_ == nullptr || dangDoXa_ || !isMinimized()) return;
-    // Later: the toolkit is in the middle of the change.
-    QMetaObject::invokeMethod(
-        this,
-        [this] {
-            if (!dangDoXa_ && isVisible() && isMinimized()) chu_->khiThuNho();
-        },
-        Qt::QueuedConnection);
+    if (e->type() == QEvent::WindowStateChange && isMinimized()) henXemKhuat_.start();
 }
 
 void CuaSoLinux::showEvent(QShowEvent* e) {
@@ -160,15 +153,19 @@ void CuaSoLinux::showEvent(QShowEvent* e) {
 
 bool CuaSoLinux::eventFilter(QObject* vat, QEvent* e) {
     if (vat == windowHandle() && e->type() == QEvent::Expose && !windowHandle()->isExposed())
-        henXemChe_.start();
+        henXemKhuat_.start();
     return QMainWindow::eventFilter(vat, e);
 }
 
-// Out of sight though nobody has hidden it: on another desktop, say. (A covered window is exposed to X11 and
-// goes on drawing.)
-void CuaSoLinux::xemBiChe() {
-    if (dangDoXa_ || !isVisible() || isMinimized() || windowHandle()->isExposed()) return;
-    chu_->khiChe();
+// Out of sight though this program has not hidden it: minimised, or on another desktop, say. (A covered
+// window is exposed to X11 and goes on drawing.)
+void CuaSoLinux::xemKhuat() {
+    if (chu_ == nullptr || dangDoXa_ || !isVisible()) return;
+    if (isMinimized()) {
+        chu_->khiThuNho();
+    } else if (!windowHandle()->isExposed()) {
+        chu_->khiChe();
+    }
 }
 
 void CuaSoLinux::moveEvent(QMoveEvent* e) {

@@ -47,7 +47,7 @@ class CuaSoLinux final : public QMainWindow, public CuaSo::NenCua {
     void datKhungDau();
     void luuKhung();
     void henLuu();
-    void xemBiChe();
+    void xemKhuat();
 
     TrangLinux& trang_;
     CaiDat& caiDat_;
@@ -55,7 +55,7 @@ class CuaSoLinux final : public QMainWindow, public CuaSo::NenCua {
     BaiDoXa bai_;
     bool dangDoXa_ = false;
     QTimer henLuu_;
-    QTimer henXemChe_;
+    QTimer henXemKhuat_;
 };
 
 }  // namespace tovira
