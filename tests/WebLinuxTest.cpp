@@ -8,6 +8,7 @@
 #include <QScreen>
 #include <algorithm>
 
+#include "NenTang.hpp"
 #include "gia/DongCoWeb.hpp"
 
 using namespace tovira;
@@ -319,6 +320,27 @@ TEST_F(WebLinux, dongCoChet) {
     page().load(QUrl(QStringLiteral("chrome://crash")));
     EXPECT_TRUE(cho([&] { return !manHinh.dangPhat(); })) << "twice within a minute";
     EXPECT_TRUE(choTrang("Tovira"));
+}
+
+TEST(NenTangLinux, tuChoiBangMotDongThayViSap) {
+    int so = 1;
+    std::string ten = "tovira";
+    char* tham[] = {ten.data(), nullptr};
+    const auto hopCat = qgetenv("QTWEBENGINE_DISABLE_SANDBOX");
+    const auto manHinh = qgetenv("DISPLAY");
+    if (::geteuid() == 0) {
+        qunsetenv("QTWEBENGINE_DISABLE_SANDBOX");
+        testing::internal::CaptureStderr();
+        EXPECT_EQ(NenTang::tao(so, tham), nullptr) << "the sandbox is never turned off silently";
+        EXPECT_NE(testing::internal::GetCapturedStderr().find("sandbox"), std::string::npos);
+    }
+    qputenv("QTWEBENGINE_DISABLE_SANDBOX", "1");
+    qputenv("DISPLAY", ":");
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(NenTang::tao(so, tham), nullptr);
+    EXPECT_NE(testing::internal::GetCapturedStderr().find("DISPLAY"), std::string::npos);
+    qputenv("DISPLAY", manHinh);
+    qputenv("QTWEBENGINE_DISABLE_SANDBOX", hopCat);
 }
 
 int main(int soThamSo, char** thamSo) {

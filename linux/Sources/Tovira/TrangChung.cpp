@@ -18,6 +18,11 @@ TrangChung::TrangChung(QWebEngineProfile& hoSo, CuaSo& chu, CuaSoTachLinux& tach
     connect(this, &QWebEnginePage::newWindowRequested, this, &TrangChung::khiXinCuaSo);
 }
 
+// The engine still speaks while it takes a page apart; nobody is left to hear it.
+TrangChung::~TrangChung() {
+    disconnect(this, nullptr, this, nullptr);
+}
+
 void TrangChung::javaScriptAlert(const QUrl& /*goc*/, const QString& noiDung) {
     chu_.khiThongBao(noiDung.toStdString());
 }

@@ -18,6 +18,9 @@ class CuaSoTachLinux;
 class TrangChung : public QWebEnginePage {
   public:
     TrangChung(QWebEngineProfile& hoSo, CuaSo& chu, CuaSoTachLinux& tach);
+    ~TrangChung() override;
+    TrangChung(const TrangChung&) = delete;
+    TrangChung& operator=(const TrangChung&) = delete;
 
   protected:
     void javaScriptAlert(const QUrl& goc, const QString& noiDung) override;
