@@ -314,14 +314,14 @@ TEST_F(MayChuNhanTest, doiThuMucThanhLienKetNgayLucNhan) {
         }
     });
     std::map<std::string, int> dem;
-    for (int i = 0; i < 1'000'000 && (i < 3000 || soLanDoi < 5000); ++i) {
+    for (int i = 0; i < 1'000'000 && (i < 1000 || soLanDoi < 3000); ++i) {
         const std::string ra = hoi(yeuCau("đổi/con/" + std::to_string(i % 200), "x"));
         ++dem[ra.substr(0, ra.find('\r'))];
     }
     thoi = true;
     keDoi.join();
     EXPECT_EQ(lietKe(ngoai), CacTen{"con"});
-    EXPECT_GE(soLanDoi, 5000);
+    EXPECT_GE(soLanDoi, 3000);
     // Each way of ending was met, and none but these: written inside, seen as a link, or met one on the way.
     EXPECT_GT(dem["HTTP/1.1 200 OK"], 0);
     EXPECT_GT(dem["HTTP/1.1 400 Bad Request"], 0);

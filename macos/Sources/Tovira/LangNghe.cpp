@@ -32,6 +32,12 @@ constexpr auto nghiKhiNhanHong = std::chrono::milliseconds(100);
 // Pause between two reads of a viewer's bytes that nobody wants: a flood costs next to nothing.
 constexpr auto nghiKhiBoDi = std::chrono::milliseconds(100);
 constexpr std::size_t toiDaDangNan = 64;
+// The last bytes leave together with the end of the connection: one packet, one wake-up of the peer.
+#if defined(MSG_MORE)
+constexpr asio::socket_base::message_flags guiCungKetThuc = MSG_MORE;
+#else
+constexpr asio::socket_base::message_flags guiCungKetThuc = 0;
+#endif
 
 // Children that the program starts must not keep its sockets open.
 void dongKhiExec(int so) {
@@ -99,29 +105,23 @@ class LangNghe::KetNoiTcp final : public KetNoi, public std::enable_shared_from_
             });
     }
 
-    std::optional<std::size_t> guiNgay(std::span<const std::byte> dem) override {
-        if (!so_) return std::nullopt;
-        asio::error_code loi;
-        const std::size_t so = so_->write_some(asio::buffer(dem.data(), dem.size()), loi);
-        if (loi && loi != asio::error::would_block) return std::nullopt;
-        return so;
-    }
+    std::optional<std::size_t> guiNgay(std::span<const std::byte> dem) override { return guiNgay(dem, 0); }
 
     void gui(std::span<const std::byte> dem, KhiGui xong) override {
         if (!so_) return asio::post(chu_->vong, [xong = std::move(xong)] { xong(KetCuc::hong); });
         ghi(dem, std::chrono::milliseconds::zero(), std::move(xong));
     }
 
-    void traRoiDong(std::string cau) override {
+    void traRoiDong(std::string cau, YeuCau yeuCau) override {
         if (!so_) return;
         cauTra_ = std::move(cau);
         const auto tatCa = std::as_bytes(std::span(cauTra_));
-        const auto di = guiNgay(tatCa);
+        const auto di = guiNgay(tatCa, guiCungKetThuc);
         if (!di) return huy();
-        if (*di == tatCa.size()) return nan();
-        ghi(tatCa.subspan(*di), chu_->cauHinh.hanGui, [toi = shared_from_this()](KetCuc ketCuc) {
+        if (*di == tatCa.size()) return khiTraXong(yeuCau);
+        ghi(tatCa.subspan(*di), chu_->cauHinh.hanGui, [toi = shared_from_this(), yeuCau](KetCuc ketCuc) {
             if (ketCuc == KetCuc::xong)
-                toi->nan();
+                toi->khiTraXong(yeuCau);
             else
                 toi->huy();
         });
@@ -185,6 +185,14 @@ class LangNghe::KetNoiTcp final : public KetNoi, public std::enable_shared_from_
             chu_->phiaNhan.khiCoDau(shared_from_this(), gom.phanDau(), gom.thua());
     }
 
+    std::optional<std::size_t> guiNgay(std::span<const std::byte> dem, asio::socket_base::message_flags co) {
+        if (!so_) return std::nullopt;
+        asio::error_code loi;
+        const std::size_t so = so_->send(asio::buffer(dem.data(), dem.size()), co, loi);
+        if (loi && loi != asio::error::would_block) return std::nullopt;
+        return so;
+    }
+
     // As few and as large writes as the system takes. `hanIm` of no progress closes; zero waits for ever.
     void ghi(std::span<const std::byte> con, std::chrono::milliseconds hanIm, KhiGui xong) {
         if (hanIm.count() > 0) hetHanSau(hanIm, KhiHetHan::dong);
@@ -196,6 +204,12 @@ class LangNghe::KetNoiTcp final : public KetNoi, public std::enable_shared_from_
                                       return toi->ghi(con.subspan(so), hanIm, std::move(xong));
                                   xong(KetCuc::xong);
                               });
+    }
+
+    void khiTraXong(YeuCau yeuCau) {
+        asio::error_code loi;
+        if (yeuCau == YeuCau::docHet && so_->available(loi) == 0 && !loi) return huy();
+        nan();
     }
 
     void nan() {
@@ -261,7 +275,11 @@ asio::error_code LangNghe::Ruot::mo() {
     cua->open(tcp::v4(), loi);
     if (loi) return loi;
     dongKhiExec(cua->native_handle());
-    const auto datTuyChon = [&] { cua->set_option(CuaNhan::reuse_address(true), loi); };
+    const auto datTuyChon = [&] {
+        cua->set_option(CuaNhan::reuse_address(true), loi);
+        // Its connections inherit this.
+        if (!loi) cua->set_option(tcp::no_delay(true), loi);
+    };
     const auto gan = [&] { cua->bind({asio::ip::address_v4::loopback(), 0}, loi); };
     const auto nghe = [&] { cua->listen(asio::socket_base::max_listen_connections, loi); };
     datTuyChon();

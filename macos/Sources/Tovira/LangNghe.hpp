@@ -43,10 +43,14 @@ class KetNoi {
     [[nodiscard]] virtual std::optional<std::size_t> guiNgay(std::span<const std::byte> dem) = 0;
     // Sends all of `dem`, which must live until `xong` ran, however long the peer takes. One send at a time.
     virtual void gui(std::span<const std::byte> dem, KhiGui xong) = 0;
+    // Has the whole request been read, as far as its sender keeps its word?
+    enum class YeuCau : std::uint8_t { docDo, docHet };
     // Sends the last bytes of this connection and closes it so that they arrive: what the peer is still
     // sending is read and dropped for a bounded while, because closing over unread bytes would reset the
-    // connection and take the answer with it. A peer that takes nothing for CauHinh::hanGui is dropped.
-    virtual void traRoiDong(std::string cau) = 0;
+    // connection and take the answer with it. After a request read to its end that while is saved unless
+    // something more has come. A peer that takes nothing for CauHinh::hanGui is dropped.
+    virtual void traRoiDong(std::string cau, YeuCau yeuCau) = 0;
+    void traRoiDong(std::string cau) { traRoiDong(std::move(cau), YeuCau::docDo); }
     // From now on drops whatever the peer sends, a bounded amount at a time, and calls `khiMat` once when the
     // peer is gone. Reading is the only way to learn that while nothing is sent. Not called after huy.
     virtual void theoDoi(std::function<void()> khiMat) = 0;

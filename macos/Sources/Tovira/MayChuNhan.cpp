@@ -59,8 +59,8 @@ struct MayChuNhan::Ruot {
     void nhanThan(Nhan nhan, std::size_t doDai, std::span<const std::byte> thanDaCo);
     void docThan(const Nhan& nhan);
     void ghi(const Noi& noi, Luot& luot, const ThuMucNhan::Dich& dich, std::span<const std::byte> than);
-    void tra(const Noi& noi, TrangThaiNhan trangThai) const {
-        noi->traRoiDong(cauTraNhan(trangThai, gocMayChu));
+    void tra(const Noi& noi, TrangThaiNhan trangThai, KetNoi::YeuCau yeuCau = KetNoi::YeuCau::docDo) const {
+        noi->traRoiDong(cauTraNhan(trangThai, gocMayChu), yeuCau);
     }
     [[nodiscard]] std::shared_ptr<Luot> luotNay() const {
         const std::lock_guard giu(khoa);
@@ -123,7 +123,7 @@ void MayChuNhan::Ruot::ghi(const Noi& noi, Luot& cuaLuot, const ThuMucNhan::Dich
                            std::span<const std::byte> than) {
     const bool xong = cuaLuot.thuMuc.ghi(dich, than, [this](int tep) { nen.danhDauTuXa(tep); });
     if (xong) ++daGhi;
-    tra(noi, xong ? TrangThaiNhan::duoc : TrangThaiNhan::loiMayChu);
+    tra(noi, xong ? TrangThaiNhan::duoc : TrangThaiNhan::loiMayChu, KetNoi::YeuCau::docHet);
 }
 
 MayChuNhan::MayChuNhan(Nen& nen, TepNguoiDung& tep, VongLap& vongLap, std::string gocMayChu)
