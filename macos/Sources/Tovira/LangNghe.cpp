@@ -91,7 +91,12 @@ class LangNghe::KetNoiTcp final : public KetNoi, public std::enable_shared_from_
 
     void batDau() {
         hetHanSau(chu_->cauHinh.hanDau, KhiHetHan::dong);
-        docDau();
+        // Most requests are there as soon as their connection is.
+        const auto cho = gom_->choDoc();
+        asio::error_code loi;
+        const std::size_t so = so_->read_some(asio::buffer(cho.data(), cho.size()), loi);
+        if (loi == asio::error::would_block) return docDau();
+        khiDocDau(loi, so);
     }
 
     void doc(std::span<std::byte> vao, std::chrono::milliseconds hanIm, KhiDoc xong) override {
@@ -319,12 +324,13 @@ void LangNghe::Ruot::khiNhanXong(const asio::error_code& loi, CoSo so) {
 void LangNghe::Ruot::tiepNhan(CoSo so) {
     dongKhiExec(so.native_handle());
     asio::error_code khongSao;
-    so.set_option(tcp::no_delay(true), khongSao);
     so.non_blocking(true, khongSao);
     if (dangMo.size() >= cauHinh.toiDaKetNoi && !nhuongCho()) return;
     dangMo.push_back(std::make_shared<KetNoiTcp>(*this, std::move(so)));
     dangMo.back()->datCho(std::prev(dangMo.end()));
-    dangMo.back()->batDau();
+    // The list's hold on it may end meanwhile.
+    const auto noi = dangMo.back();
+    noi->batDau();
 }
 
 // Closes the oldest connection without a complete head, when there is one.

@@ -58,9 +58,9 @@ struct MayChuNhan::Ruot {
     void xuLy(const Noi& noi, std::string_view phanDau, std::span<const std::byte> thanDaCo);
     void nhanThan(Nhan nhan, std::size_t doDai, std::span<const std::byte> thanDaCo);
     void docThan(const Nhan& nhan);
-    void ghi(const Noi& noi, Luot& luot, const ThuMucNhan::Dich& dich, std::span<const std::byte> than);
-    void tra(const Noi& noi, TrangThaiNhan trangThai, KetNoi::YeuCau yeuCau = KetNoi::YeuCau::docDo) const {
-        noi->traRoiDong(cauTraNhan(trangThai, gocMayChu), yeuCau);
+    void traKetCuc(const Noi& noi, ThuMucNhan::KetCuc ketCuc);
+    void tra(const Noi& noi, TrangThaiNhan trangThai) const {
+        noi->traRoiDong(cauTraNhan(trangThai, gocMayChu));
     }
     [[nodiscard]] std::shared_ptr<Luot> luotNay() const {
         const std::lock_guard giu(khoa);
@@ -74,6 +74,7 @@ struct MayChuNhan::Ruot {
     Nen& nen;
     const std::string gocMayChu;
     const CauHinh cauHinh;
+    const ThuMucNhan::DanhDau danhDau = [this](int tep) { nen.danhDauTuXa(tep); };
     mutable std::mutex khoa;     // held for an instant, around luot alone
     std::shared_ptr<Luot> luot;  // absent while stopped
     std::atomic<std::int64_t> daGhi{0};
@@ -89,12 +90,16 @@ void MayChuNhan::Ruot::xuLy(const Noi& noi, std::string_view phanDau, std::span<
     const auto nay = luotNay();
     const YeuCauNhan yeuCau = xetYeuCauNhan(phanDau, nay ? nay->biMat : std::string_view());
     if (yeuCau.traNgay) return tra(noi, *yeuCau.traNgay);
+    const auto daCo = static_cast<std::int64_t>(thanDaCo.size());
+    if (yeuCau.doDai >= 0 && yeuCau.doDai <= std::min(daCo, toiDaThan)) {
+        const auto than = thanDaCo.first(static_cast<std::size_t>(yeuCau.doDai));
+        return traKetCuc(noi, nay->thuMuc.nhan(yeuCau.duong, than, danhDau));
+    }
     auto dich = nay->thuMuc.giaiDuongDan(yeuCau.duong);
     if (!dich) return tra(noi, TrangThaiNhan::yeuCauHong);
     if (yeuCau.doDai < 0 || yeuCau.doDai > toiDaThan) return tra(noi, TrangThaiNhan::thanQuaDai);
-    const auto doDai = static_cast<std::size_t>(yeuCau.doDai);
-    if (thanDaCo.size() >= doDai) return ghi(noi, *nay, *dich, thanDaCo.first(doDai));
-    nhanThan(std::make_shared<DangNhan>(DangNhan{noi, nay, std::move(*dich), {}}), doDai, thanDaCo);
+    nhanThan(std::make_shared<DangNhan>(DangNhan{noi, nay, std::move(*dich), {}}),
+             static_cast<std::size_t>(yeuCau.doDai), thanDaCo);
 }
 
 void MayChuNhan::Ruot::nhanThan(Nhan nhan, std::size_t doDai, std::span<const std::byte> thanDaCo) {
@@ -115,15 +120,17 @@ void MayChuNhan::Ruot::docThan(const Nhan& nhan) {
                        if (so == 0) return nhan->noi->huy();
                        nhan->daCo += so;
                        if (nhan->daCo < nhan->dem.vung().size()) return docThan(nhan);
-                       ghi(nhan->noi, *nhan->luot, nhan->dich, nhan->dem.vung());
+                       const bool duoc = nhan->luot->thuMuc.ghi(nhan->dich, nhan->dem.vung(), danhDau);
+                       traKetCuc(nhan->noi, duoc ? ThuMucNhan::KetCuc::duoc : ThuMucNhan::KetCuc::hong);
                    });
 }
 
-void MayChuNhan::Ruot::ghi(const Noi& noi, Luot& cuaLuot, const ThuMucNhan::Dich& dich,
-                           std::span<const std::byte> than) {
-    const bool xong = cuaLuot.thuMuc.ghi(dich, than, [this](int tep) { nen.danhDauTuXa(tep); });
-    if (xong) ++daGhi;
-    tra(noi, xong ? TrangThaiNhan::duoc : TrangThaiNhan::loiMayChu, KetNoi::YeuCau::docHet);
+void MayChuNhan::Ruot::traKetCuc(const Noi& noi, ThuMucNhan::KetCuc ketCuc) {
+    if (ketCuc == ThuMucNhan::KetCuc::duongXau) return tra(noi, TrangThaiNhan::yeuCauHong);
+    const bool duoc = ketCuc == ThuMucNhan::KetCuc::duoc;
+    if (duoc) ++daGhi;
+    noi->traRoiDong(cauTraNhan(duoc ? TrangThaiNhan::duoc : TrangThaiNhan::loiMayChu, gocMayChu),
+                    KetNoi::YeuCau::docHet);
 }
 
 MayChuNhan::MayChuNhan(Nen& nen, TepNguoiDung& tep, VongLap& vongLap, std::string gocMayChu)

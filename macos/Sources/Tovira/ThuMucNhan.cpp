@@ -78,9 +78,9 @@ ThuMucNhan::SoNoi cachSoNoi(const std::string& goc) {
 // A file under a name that nobody else has, until it is moved to its own.
 class TepTam {
   public:
-    explicit TepTam(int thuMuc)
+    TepTam(int thuMuc, std::string ten)
         : thuMuc_(thuMuc),
-          ten_(".tv-nhan-" + taoBiMat(soByteTenTam)),
+          ten_(std::move(ten)),
           tep_(::openat(thuMuc, ten_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666)),
           con_(static_cast<bool>(tep_)) {}
     ~TepTam() {
@@ -123,7 +123,10 @@ class TepTam {
 }  // namespace
 
 ThuMucNhan::ThuMucNhan(std::string_view goc, DoBen doBen, std::optional<SoNoi> soNoi)
-    : doBen_(doBen), goc_(duongThat(goc)), soNoi_(soNoi ? *soNoi : cachSoNoi(goc_)) {
+    : doBen_(doBen),
+      goc_(duongThat(goc)),
+      soNoi_(soNoi ? *soNoi : cachSoNoi(goc_)),
+      tenTam_(".tv-nhan-" + taoBiMat(soByteTenTam) + '-') {
     gocConDo();
 }
 
@@ -200,15 +203,37 @@ std::optional<ThuMucNhan::Dich> ThuMucNhan::giaiDuongDan(std::string_view duong)
 
 bool ThuMucNhan::ghi(const Dich& dich, std::span<const std::byte> than, const DanhDau& danhDau) {
     if (!tepGoc_ && !moGoc()) return false;
-    const bool canBen = doBen_ == DoBen::xuongDia;
     DiTheoThuMuc di(tepGoc_.so(), khiTao());
     for (const std::string& ten : dich.cha) {
         if (!di.vao(ten)) return false;
     }
-    TepTam tam(di.o());
+    return ghiO(di, dich.ten, than, danhDau);
+}
+
+ThuMucNhan::KetCuc ThuMucNhan::nhan(std::string_view duong, std::span<const std::byte> than,
+                                    const DanhDau& danhDau) {
+    const auto cacTen = tachDuongNhan(duong);
+    if (!cacTen || !gocConDo()) return KetCuc::duongXau;
+    if (tepGoc_) {
+        // Where no link is on the way, walking it shows that it leads inside.
+        DiTheoThuMuc di(tepGoc_.so(), khiTao());
+        const auto vao = [&di](std::string_view ten) { return di.vao(std::string(ten)); };
+        if (std::all_of(cacTen->begin(), std::prev(cacTen->end()), vao))
+            return ghiO(di, std::string(cacTen->back()), than, danhDau) ? KetCuc::duoc : KetCuc::hong;
+    }
+    const auto dich = giaiDuongDan(duong);
+    if (!dich) return KetCuc::duongXau;
+    return ghi(*dich, than, danhDau) ? KetCuc::duoc : KetCuc::hong;
+}
+
+// Puts the file `ten` where `di` stands.
+bool ThuMucNhan::ghiO(DiTheoThuMuc& di, const std::string& ten, std::span<const std::byte> than,
+                      const DanhDau& danhDau) {
+    const bool canBen = doBen_ == DoBen::xuongDia;
+    TepTam tam(di.o(), tenTam_ + std::to_string(++soTam_));
     if (!tam) return false;
     if (danhDau) danhDau(tam.so());
-    if (!tam.ghiHet(than) || (canBen && !tam.xuongDia()) || !tam.doiTen(dich.ten)) return false;
+    if (!tam.ghiHet(than) || (canBen && !tam.xuongDia()) || !tam.doiTen(ten)) return false;
     di.giuLai();
     if (canBen) dongBoThuMuc(di.o());
     return true;

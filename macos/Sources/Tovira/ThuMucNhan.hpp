@@ -49,8 +49,15 @@ class ThuMucNhan {
     // swapped for one since giaiDuongDan leads nowhere.
     [[nodiscard]] bool ghi(const Dich& dich, std::span<const std::byte> than, const DanhDau& danhDau = {});
 
+    // giaiDuongDan and ghi in one, for a file that is already here.
+    enum class KetCuc : std::uint8_t { duoc, duongXau, hong };
+    [[nodiscard]] KetCuc nhan(std::string_view duong, std::span<const std::byte> than,
+                              const DanhDau& danhDau = {});
+
   private:
     [[nodiscard]] DiTheoThuMuc::KhiTao khiTao() const;
+    bool ghiO(DiTheoThuMuc& di, const std::string& ten, std::span<const std::byte> than,
+              const DanhDau& danhDau);
     bool gocConDo();
     bool moGoc();
     [[nodiscard]] std::optional<std::vector<std::string>> phanTrongGoc(const std::string& duong) const;
@@ -60,6 +67,9 @@ class ThuMucNhan {
     DoBen doBen_;
     std::string goc_;
     SoNoi soNoi_;
+    // Names that nobody else can have: a text of chance and a number.
+    std::string tenTam_;
+    std::uint64_t soTam_ = 0;
     // The folder itself, held so that no other can take its identity; absent while it does not exist.
     SoTep tepGoc_;
     struct stat maGoc_ {};
