@@ -31,7 +31,7 @@ NSTextField* nhanXuongDong(const char* chu, double co, CGFloat rong) {
     return ra;
 }
 
-// A rounded box around `trong`, as large as that asks for.
+// A rounded box around `trong`: as high as that asks for, higher where its neighbours are.
 NSBox* hop(NSView* trong, NSEdgeInsets le) {
     NSBox* ra = [[NSBox alloc] init];
     ra.boxType = NSBoxCustom;
@@ -43,9 +43,13 @@ NSBox* hop(NSView* trong, NSEdgeInsets le) {
     ra.contentViewMargins = NSZeroSize;
     trong.translatesAutoresizingMaskIntoConstraints = NO;
     [ra.contentView addSubview:trong];
+    NSLayoutConstraint* vuaKhit = [trong.bottomAnchor constraintEqualToAnchor:ra.bottomAnchor
+                                                                     constant:-le.bottom];
+    vuaKhit.priority = NSLayoutPriorityDefaultLow;
     [NSLayoutConstraint activateConstraints:@[
         [trong.topAnchor constraintEqualToAnchor:ra.topAnchor constant:le.top],
         [trong.bottomAnchor constraintLessThanOrEqualToAnchor:ra.bottomAnchor constant:-le.bottom],
+        vuaKhit,
         [trong.leadingAnchor constraintEqualToAnchor:ra.leadingAnchor constant:le.left],
         [trong.trailingAnchor constraintEqualToAnchor:ra.trailingAnchor constant:-le.right],
     ]];
@@ -63,6 +67,7 @@ NSBox* the(const GioiThieu::The& mot) {
     xep.orientation = NSUserInterfaceLayoutOrientationVertical;
     xep.alignment = NSLayoutAttributeCenterX;
     xep.spacing = 6;
+    [xep setHuggingPriority:NSLayoutPriorityDefaultHigh forOrientation:NSLayoutConstraintOrientationVertical];
     return hop(xep, NSEdgeInsetsMake(13, 6, 13, 6));
 }
 

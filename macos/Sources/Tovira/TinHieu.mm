@@ -12,13 +12,12 @@ constexpr int tinHieu[] = {SIGINT, SIGTERM};
 
 }  // namespace
 
-TinHieuMac::TinHieuMac(VongLap& vongLap, std::function<void()> viec) : nguon_([NSMutableArray array]) {
+TinHieuMac::TinHieuMac(VongLap& vongLap, std::function<void()> viec) {
+    VongLap* chinh = &vongLap;
     for (const int so : tinHieu) {
         std::signal(so, SIG_IGN);  // its source is told of it all the same
         dispatch_source_t nguon =
-            dispatch_source_create(DISPATCH_SOURCE_TYPE_SIGNAL, static_cast<uintptr_t>(so), 0,
-                                   dispatch_get_global_queue(QOS_CLASS_USER_INITIATED, 0));
-        VongLap* chinh = &vongLap;
+            dispatch_source_create(DISPATCH_SOURCE_TYPE_SIGNAL, static_cast<uintptr_t>(so), 0, hang_);
         dispatch_source_set_event_handler(nguon, ^{
             chinh->chay(viec);
         });
@@ -29,6 +28,9 @@ TinHieuMac::TinHieuMac(VongLap& vongLap, std::function<void()> viec) : nguon_([N
 
 TinHieuMac::~TinHieuMac() {
     for (dispatch_source_t nguon in nguon_) dispatch_source_cancel(nguon);
+    // A handler that is running now comes to its end first.
+    dispatch_sync(hang_, ^{
+                  });
     for (const int so : tinHieu) std::signal(so, SIG_DFL);
 }
 

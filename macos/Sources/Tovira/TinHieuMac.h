@@ -19,7 +19,8 @@ class TinHieuMac {
     TinHieuMac& operator=(const TinHieuMac&) = delete;
 
    private:
-    NSMutableArray<dispatch_source_t>* nguon_;
+    dispatch_queue_t hang_ = dispatch_queue_create("tv-tin-hieu", DISPATCH_QUEUE_SERIAL);
+    NSMutableArray<dispatch_source_t>* nguon_ = [NSMutableArray array];
 };
 
 }  // namespace tovira

@@ -18,6 +18,9 @@ struct TuKhoiDongMac final : TuKhoiDong {
         SMAppService* muc = SMAppService.mainAppService;
         NSError* loi = nil;
         const BOOL duoc = bat ? [muc registerAndReturnError:&loi] : [muc unregisterAndReturnError:&loi];
+        // Only the user can approve it, in the settings.
+        if (bat && muc.status == SMAppServiceStatusRequiresApproval)
+            [SMAppService openSystemSettingsLoginItems];
         if (duoc) return std::nullopt;
         return chuCpp(loi.localizedDescription);
     }
