@@ -38,35 +38,16 @@ inline HoSoWeb& hoSoChung(HoSoWeb* moi = nullptr) {
     return *hoSo;
 }
 
-struct PhongWebLinux {
-    // Names that the engine's resolver maps onto the test's server (see the test program's main).
+struct PhongWebLinux : NhaWeb<VongLapLinux> {
+    // A name that the engine's resolver maps onto the test's server (see chayThuWeb).
     static constexpr const char* gocTin = "http://tin.example";
 
-    ThuMucTam tam;
-    VongLapLinux vong;
-    NenDieuKhienGia nenNhap;
-    NenManHinhGia nenMan;
-    DieuKhien dieuKhien{nenNhap, vong};
-    ManHinh manHinh{nenMan, vong, dieuKhien};
-    DieuKhien::DatChung datNhap{dieuKhien};
-    ManHinh::DatChung datMan{manHinh};
-    ThamSo thamSo;
-    NenLinhTinhGia khac;
-    CaiDatGia caiDat;
-    DoMayChuGia doMayChu{vong};
-    GiaoDienKem giaoDienKem{tam.duong()};
     CuaSoTachLinux tach{hoSoChung()};
     TrangLinux trang{hoSoChung(), tach};
     CuaSoLinux cua{trang, caiDat};
-    CuaSo cuaSo{{vong, thamSo, cua, trang, tach, nenNhap, khac, khac, khac, khac, caiDat, khac, khac,
-                 doMayChu, giaoDienKem}};
+    CuaSo cuaSo{choDua(cua, trang, tach)};
 
-    PhongWebLinux() {
-        thamSo.mayChu = gocTin;
-        thamSo.duongDanApp = std::string(gocTin) + "/app";
-        thamSo.gocMayChu = gocTin;
-        khac.thuMuc = tam.duong().string();
-    }
+    PhongWebLinux() : NhaWeb(gocTin) {}
 
     // Builds everything and shows the server's application.
     void len() {
@@ -106,9 +87,7 @@ struct PhongWebLinux {
 
     // The screen is being shared, as far as the window can tell.
     void phat() {
-        nenMan.ketQuaLietKe =
-            std::vector<ManHinh::Nguon>{{1, "Một", 1920, 1080, {1920, 1080}, {0, 0, 1920, 1080}, true}};
-        manHinh.batDau(0);
+        xinPhat();
         ASSERT_TRUE(cho([&] { return !nenMan.luong.empty() && nenMan.luong.back()->xong; }));
         nenMan.luong.back()->xong({});
         ASSERT_TRUE(cho([&] { return manHinh.dangPhat(); }));

@@ -111,11 +111,11 @@ struct DoMayChuGia final : DoMayChu {
     }
 };
 
-struct PhongWeb {
-    static constexpr const char* mayChu = "https://vi.du";
-
+// What stands around every web host under test, whatever its main queue and its web view are.
+template <class Vong>
+struct NhaWeb {
     ThuMucTam tam;
-    VongLapGia vong;
+    Vong vong;
     NenDieuKhienGia nenNhap;
     NenManHinhGia nenMan;
     DieuKhien dieuKhien{nenNhap, vong};
@@ -123,22 +123,41 @@ struct PhongWeb {
     DieuKhien::DatChung datNhap{dieuKhien};
     ManHinh::DatChung datMan{manHinh};
     ThamSo thamSo;
-    NenCuaGia cua;
-    NenTrangGia trang;
-    NenTachGia tach;
     NenLinhTinhGia khac;
     CaiDatGia caiDat;
     DoMayChuGia doMayChu{vong};
     GiaoDienKem giaoDienKem{tam.duong()};
-    CuaSo cuaSo{{vong, thamSo, cua, trang, tach, nenNhap, khac, khac, khac, khac, caiDat, khac, khac,
-                 doMayChu, giaoDienKem}};
 
-    PhongWeb() {
+    explicit NhaWeb(const std::string& mayChu) {
         thamSo.mayChu = mayChu;
-        thamSo.duongDanApp = std::string(mayChu) + "/app";
+        thamSo.duongDanApp = mayChu + "/app";
         thamSo.gocMayChu = mayChu;
         khac.thuMuc = tam.duong().string();
     }
+
+    // Asks for the screen share; its stream then waits to be told that it has started.
+    void xinPhat() {
+        nenMan.ketQuaLietKe =
+            std::vector<ManHinh::Nguon>{{1, "Một", 1920, 1080, {1920, 1080}, {0, 0, 1920, 1080}, true}};
+        manHinh.batDau(0);
+    }
+
+    // The web host on these grounds.
+    CuaSo::ChoDua choDua(CuaSo::NenCua& cua, CuaSo::NenTrang& trang, CuaSo::NenTach& tach) {
+        return {vong, thamSo, cua,    trang, tach, nenNhap,  khac,       khac,
+                khac, khac,   caiDat, khac,  khac, doMayChu, giaoDienKem};
+    }
+};
+
+struct PhongWeb : NhaWeb<VongLapGia> {
+    static constexpr const char* mayChu = "https://vi.du";
+
+    NenCuaGia cua;
+    NenTrangGia trang;
+    NenTachGia tach;
+    CuaSo cuaSo{choDua(cua, trang, tach)};
+
+    PhongWeb() : NhaWeb(mayChu) {}
 
     // The packaged interface can be served from now on.
     void coGiaoDien() {
@@ -151,9 +170,7 @@ struct PhongWeb {
 
     // Brings the screen share up, as far as the page can tell.
     void phat() {
-        nenMan.ketQuaLietKe =
-            std::vector<ManHinh::Nguon>{{1, "Một", 1920, 1080, {1920, 1080}, {0, 0, 1920, 1080}, true}};
-        manHinh.batDau(0);
+        xinPhat();
         vong.xa();
         nenMan.luong.back()->xong({});
         vong.xa();
