@@ -25,6 +25,8 @@ read -r -t 20 so <"$thuMuc/so" || { cat "$thuMuc/xvfb.log" >&2; echo "Xvfb did n
 export DISPLAY=":$so"
 unset WAYLAND_DISPLAY XAUTHORITY
 export XDG_SESSION_TYPE=x11
+# The web engine cannot start its sandbox for root; on a display of its own nothing but the command's pages runs.
+[ "$(id -u)" -ne 0 ] || export QTWEBENGINE_DISABLE_SANDBOX=1
 if [ "$quanLy" = co ]; then
     openbox >"$thuMuc/wm.log" 2>&1 &
     cacTienTrinh+=($!)
