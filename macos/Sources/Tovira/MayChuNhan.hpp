@@ -38,7 +38,7 @@ class MayChuNhan final : public Cau::NhanTep, public CoChung<MayChuNhan> {
     };
 
     struct CauHinh {
-        std::size_t toiDaDem = std::size_t{512} << 20;  // bytes of bodies held at a time
+        std::size_t toiDaDem = std::size_t{512} << 20;  // bytes of bodies held at a time; at least one body
         std::chrono::milliseconds hanIm{60'000};        // of silence within a body
         ThuMucNhan::DoBen doBen = ThuMucNhan::DoBen::xuongDia;
     };

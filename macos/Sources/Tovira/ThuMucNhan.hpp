@@ -23,7 +23,7 @@ class ThuMucNhan {
     // How it is told that a place lies in the folder: by the bytes of its path, or, where one place answers
     // to several spellings, by the identity of the folders on the way.
     enum class SoNoi : std::uint8_t { theoByte, theoMaTep };
-    // Does a written file outlive a power cut at once, or when the system gets to it?
+    // Is a file handed to the disk before it counts as written, or when the system gets to it?
     enum class DoBen : std::uint8_t { xuongDia, tuyHeThong };
 
     // `goc`: a path, whose links are resolved here; it need not exist. `soNoi`: found out when absent.
