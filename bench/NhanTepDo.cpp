@@ -244,6 +244,7 @@ double giua(std::vector<double> so) {
 
 int main(int soThamSo, char** thamSo) {
     ::signal(SIGPIPE, SIG_IGN);
+    std::setvbuf(stdout, nullptr, _IOLBF, 0);
     const int soLuot = soThamSo > 1 ? std::atoi(thamSo[1]) : 5;
     std::string mau =
         (fs::path(soThamSo > 2 ? thamSo[2] : fs::temp_directory_path().c_str()) / "do-nhan-XXXXXX").string();
