@@ -1,10 +1,6 @@
 // The road itself: the program as users start it, a real web engine, real X clients and real pixels.
 
 #include <gtest/gtest.h>
-#include <signal.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -13,51 +9,18 @@
 #include "KhachX.hpp"
 #include "gia/KhachThu.hpp"
 #include "gia/ThuMucTam.hpp"
+#include "gia/TienTrinh.hpp"
 #include "gia/TrangDieuKhien.hpp"
 #include "x11/AnhJpeg.hpp"
 
 using namespace tovira;
 using gia::choDen;
 using gia::docTep;
+using gia::TienTrinh;
 using thu::AnhJpeg;
 using thu::Mau;
 
 namespace {
-
-// A program that ends with the test, whatever comes of it.
-class TienTrinh {
-  public:
-    explicit TienTrinh(std::vector<std::string> lenh) : ma_(fork()) {
-        if (ma_ != 0) return;
-        std::vector<char*> cac;
-        for (auto& mot : lenh)
-            cac.push_back(mot.data());
-        cac.push_back(nullptr);
-        execvp(cac[0], cac.data());
-        _exit(127);
-    }
-    ~TienTrinh() {
-        if (ma_ > 0 && !het_) {
-            kill(ma_, SIGKILL);
-            waitpid(ma_, nullptr, 0);
-        }
-    }
-    TienTrinh(const TienTrinh&) = delete;
-    TienTrinh& operator=(const TienTrinh&) = delete;
-
-    void bao(int tinHieu) const { kill(ma_, tinHieu); }
-    // Its exit status; -1 when it does not end in time or by a signal.
-    int doiHet() {
-        int tt = 0;
-        if (!choDen([&] { return waitpid(ma_, &tt, WNOHANG) == ma_; })) return -1;
-        het_ = true;
-        return WIFEXITED(tt) ? WEXITSTATUS(tt) : -1;
-    }
-
-  private:
-    pid_t ma_;
-    bool het_ = false;
-};
 
 class DuongTest : public testing::Test {
   protected:
