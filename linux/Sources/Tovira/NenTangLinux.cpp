@@ -3,7 +3,6 @@
 #include <unistd.h>
 #include <xcb/xcb.h>
 
-#include <QDir>
 #include <QMenuBar>
 #include <QSessionManager>
 #include <QTimer>
@@ -13,6 +12,7 @@
 #include "DieuKhienNen.hpp"
 #include "ManHinhNen.hpp"
 #include "MayChuNhanNen.hpp"
+#include "NoiGiaoDienLinux.hpp"
 #include "TinHieuLinux.hpp"
 
 namespace tovira {
@@ -75,13 +75,7 @@ NenTangLinux::NenTangLinux(int& soThamSo, char** thamSo)
       khay_([this] { return cua_.menuBar(); }) {}
 
 std::string NenTangLinux::thuMucGiaoDien() const {
-    // Installed, then beside the sources that it was built from.
-    const QDir nha(QApplication::applicationDirPath());
-    for (const char* cho : {"../share/tovira/giao-dien", "../../resources/giao-dien"}) {
-        const QFileInfo thuMuc(nha.filePath(QString::fromLatin1(cho)));
-        if (thuMuc.isDir()) return QFile::encodeName(thuMuc.canonicalFilePath()).toStdString();
-    }
-    return QFile::encodeName(nha.filePath(QStringLiteral("../share/tovira/giao-dien"))).toStdString();
+    return noiGiaoDien();
 }
 
 int NenTangLinux::chay(UngDung& ungDung, UngDung::KhoiDong cach) {

@@ -14,21 +14,12 @@
 #include "ManHinhNen.hpp"
 #include "NenTang.hpp"
 #include "ThamSo.hpp"
+#include "TuKiemNen.hpp"
+#include "VongLapMotLan.hpp"
 
 using namespace tovira;
 
 namespace {
-
-// The main queue of a mode that ends before any loop would run: nothing posted to it is ever due.
-struct VongLapMotLan final : VongLap {
-    struct The final : HenGio {};
-    void chay(std::function<void()>) override {}
-    void chaySau(double, std::function<void()>) override {}
-    std::unique_ptr<HenGio> lapLai(double, std::function<void()>) override { return std::make_unique<The>(); }
-    double dongHo() const override { return 0; }
-    double gioTu1970() const override { return 0; }
-    bool dangOChinh() const override { return true; }
-};
 
 int chayQuyen() {
     VongLapMotLan vongLap;
@@ -36,11 +27,6 @@ int chayQuyen() {
     const auto baoCao = KiemQuyen::lapBaoCao(taoNenKiemQuyen()->docGoi(), quyen);
     std::fputs(baoCao.chu.c_str(), stdout);
     return baoCao.trangThai;
-}
-
-int chayTuKiem() {
-    std::fputs("✗ --tu-kiem: this build has no self-check yet\n", stderr);
-    return 1;
 }
 
 int chayUngDung(int soThamSo, char** cacThamSo, const std::vector<std::string>& thamSo) {
@@ -76,7 +62,7 @@ int main(int soThamSo, char** cacThamSo) {
     const DongLenh lenh = DongLenh::chon(thamSo);
     switch (lenh.cheDo) {
         case CheDo::tuKiem:
-            return chayTuKiem();
+            return TuKiem::chay(*taoNenTuKiem());
         case CheDo::quyen:
             return chayQuyen();
         case CheDo::taoIcon:
