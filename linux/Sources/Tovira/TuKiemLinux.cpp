@@ -21,8 +21,10 @@ class NenTuKiemLinux final : public TuKiem::Nen {
   public:
     std::string thuMucGiaoDien() override { return noiGiaoDien(); }
     std::string loaiPhien() override {
-        return std::string(laPhienWayland() ? "Wayland" : "X11") + ", DISPLAY " + bien("DISPLAY") +
-               ", XDG_SESSION_TYPE " + bien("XDG_SESSION_TYPE");
+        return std::string(laPhienWayland() ? "Wayland"
+                           : moManX()       ? "X11"
+                                            : "không có màn hình") +
+               ", DISPLAY " + bien("DISPLAY") + ", XDG_SESSION_TYPE " + bien("XDG_SESSION_TYPE");
     }
     std::string phienBanWeb() override {
         return std::string("Qt WebEngine ") + qWebEngineVersion() + ", Chromium " +

@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cstdio>
 #include <exception>
 
@@ -135,8 +134,10 @@ std::string rutGon(std::string_view chu) {
 
 KetLuan cungChu(std::string_view nhan, std::string_view mong) {
     if (nhan == mong) return TuKiem::dat();
-    return TuKiem::hong("mong \"" + rutGon(mong) + "\" (" + std::to_string(mong.size()) + " byte), nhận \"" +
-                        rutGon(nhan) + "\" (" + std::to_string(nhan.size()) + " byte)");
+    const auto khac = std::mismatch(nhan.begin(), nhan.end(), mong.begin(), mong.end()).first;
+    const auto cho = static_cast<std::size_t>(khac - nhan.begin());
+    return TuKiem::hong("khác từ byte " + std::to_string(cho) + ": mong \"" + rutGon(mong.substr(cho)) +
+                        "\", nhận \"" + rutGon(nhan.substr(cho)) + "\"");
 }
 
 }  // namespace tu_kiem
