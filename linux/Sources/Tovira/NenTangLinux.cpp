@@ -3,6 +3,7 @@
 #include <unistd.h>
 #include <xcb/xcb.h>
 
+#include <QLoggingCategory>
 #include <QMenuBar>
 #include <QSessionManager>
 #include <QTimer>
@@ -50,6 +51,8 @@ int& datTen(int& soThamSo) {
     QApplication::setApplicationName(QStringLiteral("Tovira"));
     QApplication::setDesktopFileName(QStringLiteral("tovira"));
     QApplication::setQuitOnLastWindowClosed(false);
+    // The engine's account of its own settings is for those who ask for it (QT_LOGGING_RULES).
+    QLoggingCategory::setFilterRules(QStringLiteral("qt.webenginecontext=false"));
     return soThamSo;
 }
 
