@@ -11,7 +11,7 @@ chayTrongManHinhAo() {
     local chuongTrinh=$1 anh thuMuc tienTrinh han
     shift
     thuMuc=$(mktemp -d)
-    anh=${TMPDIR:-/tmp}/tovira-man-hinh.png
+    anh=$(mktemp --suffix=.png "${TMPDIR:-/tmp}/tovira-XXXXXX")
     TOVIRA_TEP_SAN_SANG=$thuMuc/san-sang "$chuongTrinh" "$@" &
     tienTrinh=$!
     trap 'kill "$tienTrinh" 2>/dev/null; wait "$tienTrinh" 2>/dev/null; rm -rf "$thuMuc"' EXIT

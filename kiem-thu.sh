@@ -12,10 +12,11 @@ macDinh=dev
 [ "$(uname -s)" = Darwin ] && macDinh=macos
 preset=${1:-$macDinh}
 noi "Configuring ($preset)"
-cmake --preset "$preset" >build-cau-hinh.log 2>&1 || { cat build-cau-hinh.log; rm -f build-cau-hinh.log; exit 1; }
-rm -f build-cau-hinh.log
+nhatKy=$(mktemp)
+trap 'rm -f "$nhatKy"' EXIT
+cmake --preset "$preset" >"$nhatKy" 2>&1 || { cat "$nhatKy"; exit 1; }
 noi "Building"
-cmake --build "build/$preset"
+cmake --build "build/$preset" >"$nhatKy" 2>&1 || { cat "$nhatKy"; exit 1; }
 # Containers run as root, where the web engine cannot start its sandbox; only the tests' pages run there.
 if [ "$(id -u)" -eq 0 ]; then
     noi "Started by root: the web engine of the tests runs without its sandbox"

@@ -86,6 +86,9 @@ TEST(LangNghe, ketNoiDaNhanSongQuaKhiDung) {
 }
 
 TEST(LangNghe, batDauKhiHetSoTepThiTraLoiCuaHeThong) {
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP() << "the sanitizers need descriptors of their own to look at an object";
+#endif
     MayVang may;
     ASSERT_TRUE(may.nghe.batDau(khongMo));  // the queue has what it needs
     may.nghe.dung();

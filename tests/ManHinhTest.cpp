@@ -387,8 +387,10 @@ TEST_F(ManHinhThu, batDauKhiDangPhatThayChoCaiTruoc) {
 
 TEST_F(ManHinhThu, heThongDungLuong) {
     chiaSe();
+    ASSERT_TRUE(dieuKhien.lam(R"({"t":"key_down","code":"KeyA"})"));
     biDung(loiHeThong);
     EXPECT_EQ(lay(), Ds{"lỗi bị thu hồi"}) << "and not by itself";
+    EXPECT_EQ(dieuKhien.dangGiu(), 0U);
     EXPECT_FALSE(mh->dangPhat() || luong().con || conNghe());
     EXPECT_EQ(nen.thuc, (std::vector{true, false}));
     vong.tien(60);

@@ -10,7 +10,13 @@ if [ "${1:-}" = --quan-ly-cua-so ]; then
 fi
 thuMuc=$(mktemp -d)
 cacTienTrinh=()
+con=
+# shellcheck disable=SC2317  # called by the trap
 dep() {
+    if [ -n "$con" ]; then
+        kill "$con" 2>/dev/null
+        wait "$con" 2>/dev/null
+    fi
     for p in "${cacTienTrinh[@]}"; do kill "$p" 2>/dev/null; done
     wait 2>/dev/null
     rm -rf "$thuMuc"
@@ -31,4 +37,10 @@ if [ "$quanLy" = co ]; then
     openbox >"$thuMuc/wm.log" 2>&1 &
     cacTienTrinh+=($!)
 fi
-"$@"
+# In the background, so that a signal reaches this script at once; it ends first, while its display still stands.
+"$@" <&0 &
+con=$!
+wait "$con"
+ketQua=$?
+con=
+exit "$ketQua"

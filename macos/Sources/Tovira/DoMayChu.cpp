@@ -7,6 +7,7 @@
 #include <chrono>
 #include <list>
 #include <mutex>
+#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -159,7 +160,11 @@ class LanDo {
 std::shared_ptr<LanDo> taoLanDo(std::string_view url, double cho) {
     auto diaChi = DoMayChu::tachDiaChi(url);
     if (!diaChi || diaChi->may.empty() || diaChi->cong == 0) return nullptr;
-    return std::make_shared<LanDo>(std::move(*diaChi), cho);
+    try {
+        return std::make_shared<LanDo>(std::move(*diaChi), cho);
+    } catch (const std::system_error&) {
+        return nullptr;  // out of descriptors: nobody can be asked, and that is no reason to end
+    }
 }
 
 }  // namespace
@@ -197,7 +202,7 @@ struct DoMayChu::Ruot {
         for (auto& muc : cac)
             muc.lan->huy();
         for (auto& muc : cac)
-            muc.luong.join();
+            if (muc.luong.joinable()) muc.luong.join();
     }
     Ruot(const Ruot&) = delete;
     Ruot& operator=(const Ruot&) = delete;

@@ -313,8 +313,11 @@ void LangNghe::Ruot::khiNhanXong(const asio::error_code& loi, CoSo so) {
         tiepNhan(std::move(so));
         return nhan();
     }
-    // Most likely out of descriptors. Trying again at once would only spin.
-    nhuongCho();
+    // Out of descriptors or memory: somebody who has not asked for anything yet makes room. Trying again at
+    // once would only spin.
+    if (loi == asio::error::no_descriptors || loi == asio::error::no_buffer_space ||
+        loi == asio::error::no_memory || loi == std::errc::too_many_files_open_in_system)
+        nhuongCho();
     henNhan.expires_after(nghiKhiNhanHong);
     henNhan.async_wait([this, luot = luotMo](const asio::error_code& huy) {
         if (!huy && luot == luotMo) nhan();

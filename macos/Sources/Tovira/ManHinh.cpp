@@ -167,12 +167,13 @@ void ManHinh::khiBatDauXong(std::uint64_t luot, const KetQua<void>& ketQua) {
     if (luot != luotLuong_) return;
     if (!ketQua) {
         ngung();
+        dieuKhien_.nhaHet();
         return baoLoi(ketQua.loi().moTa);
     }
     if (std::exchange(mayChuAnh_->daBao, true)) return;  // back on the same server after its display changed
     datDangPhat(true);
-    theoDoiNguoiXem();
     bao(mayChuAnh_->url(), "");
+    if (dangPhat_) theoDoiNguoiXem();
 }
 
 void ManHinh::khiBiDung(std::uint64_t luot, const Loi& loi) {
@@ -262,8 +263,10 @@ void ManHinh::ngung() {
     bao("", "");
 }
 
+// A share that ends without anyone asking for it must not leave keys pressed either.
 void ManHinh::ketThucVi(const std::string& loi) {
     donDep();
+    dieuKhien_.nhaHet();
     baoLoi(loi);
 }
 

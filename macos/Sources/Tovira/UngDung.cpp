@@ -4,6 +4,7 @@
 #include "CuaSo.hpp"
 #include "DieuKhien.hpp"
 #include "Khay.hpp"
+#include "KichBanTrang.hpp"
 #include "ManHinh.hpp"
 #include "NenChung.hpp"
 
@@ -12,9 +13,6 @@ namespace tovira {
 namespace {
 
 constexpr double chuKyTheoDoi = 1.0;  // seconds
-// The page's own stop button ends the session by its rules and tells the remote side.
-constexpr const char* bamNutDung =
-    "(function(){ var b = document.getElementById('bc-stop'); if (b) b.click(); })();";
 
 // A callback that does nothing once its owner is gone.
 std::function<void()> yeu(const std::shared_ptr<UngDung*>& chu, void (UngDung::*viec)()) {
@@ -79,7 +77,8 @@ void UngDung::thoat() {
 }
 
 void UngDung::dungChiaSe() {
-    d_.cuaSo.chay(bamNutDung);
+    // The page's own button ends the session by its rules and tells the remote side.
+    d_.cuaSo.chay(kich_ban_trang::bamDung());
     d_.manHinh.dung();
     d_.dieuKhien.nhaHet();
     d_.chiBao.an();
@@ -100,6 +99,7 @@ void UngDung::nhipTheoDoi() {
         d_.chiBao.hien();
     } else {
         d_.chiBao.an();
+        d_.cuaSo.boDo();  // nothing, unless the share ended in a way that left the window parked
     }
 }
 
