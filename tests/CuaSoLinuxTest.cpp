@@ -108,6 +108,10 @@ TEST_F(CuaSoLinuxThu, veTiepKhiKhongAiThay) {
     cua.close();
     EXPECT_TRUE(cho([] { return !thayTrang(); }));
     EXPECT_FALSE(cua.trangThai().hienRa) << "not sharing: closing hides";
+    cua.raTruoc();
+    cua.an();
+    lang();
+    EXPECT_FALSE(cua.isVisible()) << "the newer wish counts";
 }
 
 TEST_F(CuaSoLinuxThu, nhoChoCuaMinh) {
@@ -239,4 +243,12 @@ TEST(HopBaoLinux, motNutVaChuTron) {
     hoi.start(10);
     hop.canhBao("Tiêu đề", "<b>chi tiết</b>");
     EXPECT_TRUE(thay);
+    // Gone with the window that it belonged to, it counts as answered.
+    QTimer mat;
+    QObject::connect(&mat, &QTimer::timeout, &mat, [&] {
+        if (auto* bang = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) delete bang;
+    });
+    mat.start(10);
+    hop.thongBao("x");
+    EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
 }

@@ -49,4 +49,8 @@ TEST(MayChuNhanLinux, bangHoiThuMucMotLanMotCauTraLoi) {
     bangDangMo()->close();
     ASSERT_TRUE(cho([&] { return tra.size() == 2 && bangDangMo() == nullptr; }));
     EXPECT_EQ(tra[1], std::nullopt);
+    hoi();
+    delete bangDangMo();  // as when the window that it belongs to goes
+    ASSERT_EQ(tra.size(), 3U);
+    EXPECT_EQ(tra[2], std::nullopt);
 }

@@ -124,9 +124,11 @@ TEST_F(WebLinux, kenhChiDuaRaMotPhuongThuc) {
 
 TEST_F(WebLinux, trangLaKhongToiDuocKenh) {
     // Past the relay, straight into the transport: there the host itself looks at where the page is.
-    const std::string boQua =
-        "{ type: 6, object: 'tv', method: 'nhan', id: 0, args: ['k' + JSON.stringify([JSON.stringify("
-        "{ k: 'lenh', json: '{\"t\":\"mouse_move\",\"x\":0,\"y\":0}' })])] }";
+    const auto nhuLa = [](const std::string& goc) {
+        return "{ type: 6, object: 'tv', method: 'nhan', id: 0, args: ['k' + JSON.stringify([" + goc +
+               ", JSON.stringify({ k: 'lenh', json: '{\"t\":\"mouse_move\",\"x\":0,\"y\":0}' })])] }";
+    };
+    const std::string boQua = nhuLa("'http://tin.example'");
     len();
     lang();
     nenNhap.lay();
@@ -145,6 +147,11 @@ TEST_F(WebLinux, trangLaKhongToiDuocKenh) {
         trang.tai(thamSo.duongDanApp, 60);
         ASSERT_TRUE(choTrang("app"));
     }
+    // The address is trusted, but the document speaks of another origin.
+    for (const char* goc : {"'http://doc.example'", "'null'", "null", "7"})
+        guiThang(nhuLa(goc));
+    lang();
+    EXPECT_EQ(nenNhap.lay().size(), 0U);
     guiThang(boQua);
     EXPECT_TRUE(cho([&] { return nenNhap.suKien.size() == 1; })) << "the same, from the trusted page";
 }
@@ -231,6 +238,16 @@ TEST_F(WebLinux, trangMatKetNoiVaDuongVe) {
     // A server that never answers runs into the time limit.
     trang.tai("http://tin.example/treo", 0.3);
     EXPECT_TRUE(choTrang("Tovira"));
+    // So does one that took the place of another that was not answered either, the same address or not.
+    for (const char* sau : {"http://tin.example/treo?2", "http://tin.example/treo"}) {
+        trang.tai(thamSo.duongDanApp, 60);
+        ASSERT_TRUE(choTrang("app"));
+        const auto truoc = may().daHoi.size();
+        trang.tai("http://tin.example/treo", 60);
+        ASSERT_TRUE(cho([&] { return may().daHoi.size() > truoc; }));
+        trang.tai(sau, 0.3);
+        EXPECT_TRUE(choTrang("Tovira")) << sau;
+    }
 }
 
 TEST_F(WebLinux, taiXuong) {

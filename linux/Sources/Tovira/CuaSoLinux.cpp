@@ -1,10 +1,12 @@
 #include "CuaSoLinux.hpp"
 
+#include <QApplication>
 #include <QCloseEvent>
 #include <QFile>
 #include <QMenuBar>
 #include <QScreen>
 #include <QWindow>
+#include <utility>
 
 #include "ThanhMenu.hpp"
 
@@ -32,6 +34,12 @@ CuaSoLinux::~CuaSoLinux() {
     if (henLuu_.isActive()) luuKhung();
     // The view belongs to the page's ground.
     trang_.khungNhin().setParent(nullptr);
+}
+
+QWidget* CuaSoLinux::dangHien() {
+    for (QWidget* w : QApplication::topLevelWidgets())
+        if (w->isVisible() && dynamic_cast<CuaSoLinux*>(w) != nullptr) return w;
+    return nullptr;
 }
 
 void CuaSoLinux::dung(CuaSo& chu) {
@@ -78,6 +86,7 @@ void CuaSoLinux::hien() {
 }
 
 void CuaSoLinux::an() {
+    seRaTruoc_ = false;
     hide();
 }
 
@@ -89,6 +98,7 @@ void CuaSoLinux::doXa() {
 }
 
 void CuaSoLinux::veCho(Diem goc) {
+    seRaTruoc_ = false;
     if (!dangDoXa_) return;
     dangDoXa_ = false;
     setWindowState(windowState() & ~Qt::WindowMinimized);
@@ -100,8 +110,9 @@ void CuaSoLinux::veCho(Diem goc) {
 
 void CuaSoLinux::raTruoc() {
     // Not before it is certain that it will not be parked in this very turn: nobody is to see it flash.
+    seRaTruoc_ = true;
     QTimer::singleShot(0, this, [this] {
-        if (dangDoXa_) return;
+        if (!std::exchange(seRaTruoc_, false) || dangDoXa_) return;
         setWindowState(windowState() & ~Qt::WindowMinimized);
         setAttribute(Qt::WA_ShowWithoutActivating, true);
         show();

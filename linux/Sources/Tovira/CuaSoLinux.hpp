@@ -18,6 +18,9 @@ class CuaSoLinux final : public QMainWindow, public CuaSo::NenCua {
     CuaSoLinux(TrangLinux& trang, CaiDat& caiDat);
     ~CuaSoLinux() override;
 
+    // The main window while it is in sight, for dialogs to belong to; else null.
+    [[nodiscard]] static QWidget* dangHien();
+
     void dung(CuaSo& chu) override;
     [[nodiscard]] DoCuaSo::TrangThai trangThai() const override;
     void hien() override;
@@ -54,6 +57,7 @@ class CuaSoLinux final : public QMainWindow, public CuaSo::NenCua {
     CuaSo* chu_ = nullptr;
     BaiDoXa bai_;
     bool dangDoXa_ = false;
+    bool seRaTruoc_ = false;  // asked for in this turn, and nothing newer since
     QTimer henLuu_;
     QTimer henXemKhuat_;
 };

@@ -16,6 +16,8 @@ namespace {
 
 // How long the page of a closed window may take over its own close handling.
 constexpr int hanDong = 2000;  // milliseconds
+// How often a page that is asking is looked at again, once its window is gone.
+constexpr int xemLaiSau = 50;  // milliseconds
 
 }  // namespace
 
@@ -47,6 +49,15 @@ class CuaSoTachLinux::KhungTach final : public QMainWindow {
     KhungTach& operator=(const KhungTach&) = delete;
 
     [[nodiscard]] TrangChung& trang() { return *trang_; }
+
+    // Out of sight at once; deletes itself, but not within an event of its own page, and not while that page
+    // is asking: the loop that turns then runs within the page.
+    void boDi() {
+        hide();
+        trang_->thoiHoi();
+        if (!trang_->dangHoi()) return deleteLater();
+        QTimer::singleShot(xemLaiSau, this, [this] { boDi(); });
+    }
 
   protected:
     void closeEvent(QCloseEvent* e) override {
@@ -82,11 +93,9 @@ void CuaSoTachLinux::dong(MaTach ma) {
 }
 
 void CuaSoTachLinux::an(MaTach ma) {
-    const auto nut = cacKhung_.extract(ma);
+    auto nut = cacKhung_.extract(ma);
     if (!nut) return;
-    // Often called from within an event of the window's own page.
-    nut.mapped()->hide();
-    nut.mapped().release()->deleteLater();
+    nut.mapped().release()->boDi();
 }
 
 void CuaSoTachLinux::chay(MaTach ma, const char* js) {

@@ -1,19 +1,23 @@
 #include "HopBaoLinux.hpp"
 
-#include <QApplication>
 #include <QMessageBox>
+#include <QPointer>
+
+#include "CuaSoLinux.hpp"
 
 namespace tovira {
 namespace {
 
 void hoi(QMessageBox::Icon hinh, const std::string& chu, const std::string& chiTiet) {
-    QMessageBox hop(hinh, QStringLiteral("Tovira"), QString::fromStdString(chu), QMessageBox::NoButton,
-                    QApplication::activeWindow());
+    // Never on a pop-up, which may go before it is answered. Whatever it belongs to takes it along.
+    const QPointer hop = new QMessageBox(hinh, QStringLiteral("Tovira"), QString::fromStdString(chu),
+                                         QMessageBox::NoButton, CuaSoLinux::dangHien());
     // A page's text is a text, never markup.
-    hop.setTextFormat(Qt::PlainText);
-    hop.setInformativeText(QString::fromStdString(chiTiet));
-    hop.addButton(QStringLiteral("Đã hiểu"), QMessageBox::AcceptRole);
-    hop.exec();
+    hop->setTextFormat(Qt::PlainText);
+    hop->setInformativeText(QString::fromStdString(chiTiet));
+    hop->addButton(QStringLiteral("Đã hiểu"), QMessageBox::AcceptRole);
+    hop->exec();
+    delete hop;
 }
 
 }  // namespace

@@ -57,7 +57,7 @@ constexpr const char16_t* chuyenTiep =
     Promise.resolve().then(function () {
       var gom = cho;
       cho = [];
-      gui('k' + JSON.stringify(gom));
+      gui('k' + JSON.stringify([String(location.origin)].concat(gom)));
     });
   });
 })();
@@ -124,8 +124,11 @@ void KenhCau::datKichBan(const std::string& kichBan, const std::vector<std::stri
 
 void KenhCau::nhan(const QString& chu) const {
     if (chu.startsWith(u'k')) {
-        for (const auto& json : QJsonDocument::fromJson(chu.sliced(1).toUtf8()).array())
-            nguoiNhan_.khiThongDiep(json.toString());
+        auto gom = QJsonDocument::fromJson(chu.sliced(1).toUtf8()).array();
+        if (gom.isEmpty()) return;
+        const std::string goc = gom.takeAt(0).toString().toStdString();
+        for (const auto& json : std::as_const(gom))
+            nguoiNhan_.khiThongDiep(json.toString(), goc);
     } else if (chu.startsWith(u'b')) {
         nguoiNhan_.khiBam(chu.sliced(1));
     }

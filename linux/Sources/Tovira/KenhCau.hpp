@@ -28,8 +28,9 @@ class KenhCauTho : public QObject {
 class KenhCau {
   public:
     struct NguoiNhan {
-        // One posted value as JSON text, from the main frame.
-        std::function<void(const QString& json)> khiThongDiep;
+        // One posted value as JSON text, from the main frame, and the origin that its document says it has
+        // (the isolated world says it: the page has no part in it).
+        std::function<void(const QString& json, const std::string& goc)> khiThongDiep;
         // The user is about to follow a link of the main frame to this address.
         std::function<void(const QString& diaChi)> khiBam;
     };

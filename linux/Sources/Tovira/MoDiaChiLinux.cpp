@@ -6,7 +6,7 @@
 namespace tovira {
 
 void MoDiaChiLinux::mo(const std::string& diaChi) {
-    QDesktopServices::openUrl(QUrl(QString::fromStdString(diaChi)));
+    QDesktopServices::openUrl(QUrl::fromEncoded(QByteArray::fromStdString(diaChi)));
 }
 
 }  // namespace tovira

@@ -29,9 +29,11 @@ std::string gocCua(const QUrl& url) {
 
 TrangChinh::TrangChinh(QWebEngineProfile& hoSo, CuaSo& chu, CuaSoTachLinux& tach)
     : TrangChung(hoSo, chu, tach),
-      kenh_(*this, {[this](const QString& json) {
-                        // Where this page really is, whatever the script in it believes.
-                        chu_.cau().nhan(json.toStdString(), {LoaiKhung::chinh, gocCua(url())});
+      kenh_(*this, {[this](const QString& json, const std::string& goc) {
+                        // Both the address of this page, which may already be the next one's, and what its
+                        // document says.
+                        if (!chu_.gocCauDuoc(gocCua(url()))) return;
+                        chu_.cau().nhan(json.toStdString(), {LoaiKhung::chinh, goc});
                     },
                     [this](const QString& diaChi) { khiBam(diaChi); }}) {
     hanCho_.setSingleShot(true);

@@ -12,6 +12,22 @@ std::string diaChiCua(const QUrl& url) {
     return url.toEncoded().toStdString();
 }
 
+namespace {
+
+// Counts one more question for as long as it lives.
+class DemHoi {
+  public:
+    explicit DemHoi(int& so) : so_(so) { ++so_; }
+    ~DemHoi() { --so_; }
+    DemHoi(const DemHoi&) = delete;
+    DemHoi& operator=(const DemHoi&) = delete;
+
+  private:
+    int& so_;
+};
+
+}  // namespace
+
 TrangChung::TrangChung(QWebEngineProfile& hoSo, CuaSo& chu, CuaSoTachLinux& tach)
     : QWebEnginePage(&hoSo), chu_(chu), tach_(tach) {
     connect(this, &QWebEnginePage::featurePermissionRequested, this, &TrangChung::khiXinQuyen);
@@ -24,7 +40,14 @@ TrangChung::~TrangChung() {
 }
 
 void TrangChung::javaScriptAlert(const QUrl& /*goc*/, const QString& noiDung) {
+    if (daThoi_) return;
+    const DemHoi dem(soDangHoi_);
     chu_.khiThongBao(noiDung.toStdString());
+}
+
+void TrangChung::thoiHoi() {
+    daThoi_ = true;
+    if (bang_ != nullptr) bang_->reject();
 }
 
 // Nothing but alerts is shown: a question is answered like a cancel.
@@ -43,23 +66,32 @@ void TrangChung::javaScriptConsoleMessage(JavaScriptConsoleMessageLevel /*muc*/,
 
 QStringList TrangChung::chooseFiles(FileSelectionMode kieu, const QStringList& /*cu*/,
                                     const QStringList& /*cacMime*/) {
+    if (daThoi_) return {};
+    const DemHoi dem(soDangHoi_);
     const bool thuMuc = kieu == FileSelectUploadFolder;
     const auto hop = chu_.khiXinTep(kieu == FileSelectOpenMultiple ? ChonNhieu::co : ChonNhieu::khong,
                                     thuMuc ? ChonThuMuc::co : ChonThuMuc::khong);
     auto* nhin = QWebEngineView::forPage(this);
-    QFileDialog bang(nhin == nullptr ? nullptr : nhin->window());
+    // Its window may go meanwhile, and takes it along.
+    const QPointer bang = new QFileDialog(nhin == nullptr ? nullptr : nhin->window());
+    bang_ = bang;
     // A sheet: it holds up its own window only.
-    bang.setWindowModality(nhin == nullptr ? Qt::ApplicationModal : Qt::WindowModal);
+    bang->setWindowModality(nhin == nullptr ? Qt::ApplicationModal : Qt::WindowModal);
     if (hop.thuMuc == ChonThuMuc::co) {
-        bang.setFileMode(QFileDialog::Directory);
-        bang.setOption(QFileDialog::ShowDirsOnly);
+        bang->setFileMode(QFileDialog::Directory);
+        bang->setOption(QFileDialog::ShowDirsOnly);
     } else {
-        bang.setFileMode(hop.nhieu == ChonNhieu::co ? QFileDialog::ExistingFiles : QFileDialog::ExistingFile);
+        bang->setFileMode(hop.nhieu == ChonNhieu::co ? QFileDialog::ExistingFiles
+                                                     : QFileDialog::ExistingFile);
     }
     // Folders cannot be created in a read-only dialog.
-    bang.setOption(QFileDialog::ReadOnly);
-    bang.setLabelText(QFileDialog::Accept, QString::fromStdString(hop.nhan));
-    return bang.exec() == QDialog::Accepted ? bang.selectedFiles() : QStringList();
+    bang->setOption(QFileDialog::ReadOnly);
+    bang->setLabelText(QFileDialog::Accept, QString::fromStdString(hop.nhan));
+    const bool chon = bang->exec() == QDialog::Accepted;
+    if (bang == nullptr) return {};
+    const QStringList ra = chon ? bang->selectedFiles() : QStringList();
+    delete bang;
+    return ra;
 }
 
 void TrangChung::khiXinQuyen(const QUrl& goc, Feature quyen) {

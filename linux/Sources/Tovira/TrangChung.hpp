@@ -2,10 +2,12 @@
 // Main thread. What the main page and the pop-ups have in common: alerts, file inputs, permissions, and the
 // windows they ask for.
 
+#include <QPointer>
 #include <QWebEnginePage>
 
 #include "CuaSo.hpp"
 
+class QFileDialog;
 class QWebEngineNewWindowRequest;
 
 namespace tovira {
@@ -21,6 +23,12 @@ class TrangChung : public QWebEnginePage {
     ~TrangChung() override;
     TrangChung(const TrangChung&) = delete;
     TrangChung& operator=(const TrangChung&) = delete;
+
+    // Is one of its questions or alerts on the screen? Until it is gone the engine is within a call of this
+    // page, which therefore must live on.
+    [[nodiscard]] bool dangHoi() const { return soDangHoi_ > 0; }
+    // Nobody is to see any more of it: withdraws an open panel, and shows nothing new.
+    void thoiHoi();
 
   protected:
     void javaScriptAlert(const QUrl& goc, const QString& noiDung) override;
@@ -39,6 +47,9 @@ class TrangChung : public QWebEnginePage {
     void khiXinCuaSo(QWebEngineNewWindowRequest& xin);
 
     CuaSoTachLinux& tach_;
+    QPointer<QFileDialog> bang_;  // the open panel of a file input
+    int soDangHoi_ = 0;
+    bool daThoi_ = false;
 };
 
 }  // namespace tovira

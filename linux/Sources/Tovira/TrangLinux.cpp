@@ -22,7 +22,7 @@ void TrangLinux::datKichBan(const std::string& kichBan, const std::vector<std::s
 }
 
 void TrangLinux::tai(const std::string& diaChi, double cho) {
-    trang_->tai(QUrl(QString::fromStdString(diaChi)), cho);
+    trang_->tai(QUrl::fromEncoded(QByteArray::fromStdString(diaChi)), cho);
 }
 
 void TrangLinux::taiHtml(const std::string& html) {
