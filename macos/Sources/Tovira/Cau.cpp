@@ -1,7 +1,5 @@
 #include "Cau.hpp"
 
-#include <utf8proc.h>
-
 #include <array>
 #include <cmath>
 #include <cstdio>
@@ -13,6 +11,7 @@
 #include "DieuKhien.hpp"
 #include "Json.hpp"
 #include "KichBanTrang.hpp"
+#include "KyTu.hpp"
 #include "ManHinh.hpp"
 #include "ThamSo.hpp"
 
@@ -120,19 +119,6 @@ const char* thoatNgan(std::uint8_t c) {
         default:
             return nullptr;
     }
-}
-
-bool laUtf8(std::string_view chu) {
-    const auto* p = reinterpret_cast<const utf8proc_uint8_t*>(chu.data());
-    auto con = static_cast<utf8proc_ssize_t>(chu.size());
-    while (con > 0) {
-        utf8proc_int32_t diemMa = 0;
-        const auto dai = utf8proc_iterate(p, con, &diemMa);
-        if (dai <= 0) return false;
-        p += dai;
-        con -= dai;
-    }
-    return true;
 }
 
 }  // namespace
