@@ -1,6 +1,6 @@
 import assert from 'node:assert/strict';
 import test from 'node:test';
-import { datDau, doc, docBang, html, kichBanTrang, napKichBan } from './trang.mjs';
+import { datDau, doc, docBang, html, kichBanTrang, napKichBan, nguonTrang } from './trang.mjs';
 
 const { TvNgonNgu } = napKichBan({}, 'i18n.js');
 const CAC_MA = Object.keys(TvNgonNgu.TEN);
@@ -45,7 +45,7 @@ test('every key that the page uses exists, every key that exists is used, the ma
   const trongThuoc = [...html.matchAll(/(\w[\w-]*)="([^"]*)" data-i18n-attr="\1:([^"]+)"/g)].map(([, , van, khoa]) => [khoa, van]);
   assert.ok(trongThe.length > 20 && trongThuoc.length > 0);
   for (const [khoa, van] of [...trongThe, ...trongThuoc]) assert.equal(van, bangVi[khoa], khoa);
-  const trongKichBan = [...kichBanTrang().matchAll(/'([a-zA-Z]+\.[a-zA-Z]+)'/g)].map((m) => m[1]).filter((k) => !k.endsWith('.json'));
+  const trongKichBan = [...nguonTrang().matchAll(/'([a-zA-Z]+\.[a-zA-Z]+)'/g)].map((m) => m[1]).filter((k) => !k.endsWith('.json'));
   const dung = new Set([...trongThe, ...trongThuoc].map(([k]) => k).concat(trongKichBan));
   assert.deepEqual([...dung].sort(), Object.keys(bangVi).sort());
 });
@@ -92,7 +92,7 @@ test('a language that cannot be loaded leaves the one before; of two loads the l
   assert.equal(nn.chu('a'), 'pl');
 });
 
-test('the policy names exactly the inline script and style (after a change: node tests/giao-dien/trang.mjs --dat-dau)', () => {
+test('the policy names exactly the inline script and style', () => {
   assert.equal(html.match(/Content-Security-Policy" content="([^"]+)"/)[1], datDau(html).match(/Content-Security-Policy" content="([^"]+)"/)[1]);
   assert.doesNotMatch(html, /\son\w+="|\sstyle="|<a\s|unsafe-/); // neither is allowed by it, and a link would leave the window
   assert.doesNotMatch(kichBanTrang() + doc('i18n.js'), /innerHTML|confirm\(|prompt\(/);

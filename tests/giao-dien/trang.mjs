@@ -1,8 +1,7 @@
 // Reads the packaged application's files for the tests, and runs app.html's own script against a small document made
 // from its markup: elements are flat, by id, and remember what was done to them.
 import { createHash } from 'node:crypto';
-import { readFileSync, writeFileSync } from 'node:fs';
-import { fileURLToPath } from 'node:url';
+import { readdirSync, readFileSync } from 'node:fs';
 import vm from 'node:vm';
 
 const goc = new URL('../../resources/giao-dien/', import.meta.url);
@@ -13,6 +12,12 @@ export const html = doc('app.html');
 export const kichBanTrang = (van = html) => van.match(/<script>([\s\S]*?)<\/script>/)[1];
 const kieuTrang = (van) => van.match(/<style>([\s\S]*?)<\/style>/)[1];
 const dau = (van) => `'sha256-${createHash('sha256').update(van, 'utf8').digest('base64')}'`;
+
+// The page's own sources, all in one text.
+const nguon = new URL('../../giao-dien/nguon/', import.meta.url);
+export const nguonTrang = () => readdirSync(nguon, { withFileTypes: true }).flatMap((muc) => (muc.isDirectory()
+  ? readdirSync(new URL(`${muc.name}/`, nguon)).map((ten) => `${muc.name}/${ten}`) : [muc.name]))
+  .filter((ten) => ten.endsWith('.js')).map((ten) => readFileSync(new URL(ten, nguon), 'utf8')).join('\n');
 
 // The page's policy with the digests that its inline script and style have now.
 export const datDau = (van) => van
@@ -133,9 +138,4 @@ export async function moTrang({ coMay = true, hostname = '127.0.0.1', kem = 'kho
   vm.runInContext(kichBanTrang(), trang.cuaSo, { filename: 'app.html' });
   await lang();
   return trang;
-}
-
-// node trang.mjs --dat-dau: writes the digests of the inline script and style into app.html after a change.
-if (process.argv[1] === fileURLToPath(import.meta.url) && process.argv[2] === '--dat-dau') {
-  writeFileSync(new URL('app.html', goc), datDau(html));
 }

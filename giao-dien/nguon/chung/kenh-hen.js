@@ -1,0 +1,54 @@
+// The signalling client of either role, over socket.io: events with an answer, and a connection that comes back.
+//
+//   const kenh = taoKenhHen({ io });                  // diaChi: another server than the page's own
+//   kenh.nghe('phien:tin', ({ phien, tin }) => …);
+//   const dap = await kenh.goi('khach:goi', { pb: 1, ma });   // { ok: true, … } or { ok: false, code, error }
+//   kenh.khi.noi = …; kenh.khi.mat = (ly) => …;       // at every connection; at every loss and failed attempt
+//
+// An answer always comes: when nothing is heard for `choToi` ms, or the connection goes meanwhile, its code is
+// `khong_tra_loi`. What is asked before there is a connection waits for one, and is never sent once it was answered so.
+const KHONG_TRA_LOI = Object.freeze({ ok: false, code: 'khong_tra_loi', error: '' });
+
+export function taoKenhHen({ io, diaChi, hen = { dat: (h, ms) => setTimeout(h, ms), huy: (s) => clearTimeout(s) } }) {
+  const khi = { noi: () => {}, mat: () => {} };
+  const cho = new Set(); // answers that are still awaited
+  const choNoi = []; // what is to be sent when there is a connection
+  const cam = io(diaChi, { reconnectionDelayMax: 10000 });
+  // The substitute of a packaged page never connects but answers everything; it has no volatile flag.
+  const guiDuoc = () => cam.connected || !cam.volatile;
+
+  cam.on('connect', () => {
+    choNoi.splice(0).forEach((gui) => gui());
+    khi.noi();
+  });
+  cam.on('disconnect', (ly) => {
+    for (const xong of [...cho]) xong(KHONG_TRA_LOI);
+    khi.mat(String(ly));
+  });
+  cam.on('connect_error', (loi) => khi.mat(String(loi?.message ?? loi)));
+
+  return {
+    khi,
+    get dangNoi() { return !!cam.connected; },
+    nghe: (ten, ham) => cam.on(ten, (du) => ham(du && typeof du === 'object' ? du : {})),
+    goi(ten, du, choToi = 10000) {
+      return new Promise((tra) => {
+        let dongHo = 0;
+        const xong = (dap) => {
+          if (!cho.delete(xong)) return;
+          hen.huy(dongHo);
+          tra(dap && typeof dap === 'object' ? dap : { ok: false, code: 'sai_dang', error: '' });
+        };
+        const gui = () => { if (cho.has(xong)) cam.emit(ten, du, xong); };
+        cho.add(xong);
+        dongHo = hen.dat(() => xong(KHONG_TRA_LOI), choToi);
+        if (guiDuoc()) gui();
+        else choNoi.push(gui);
+      });
+    },
+    dong() {
+      for (const xong of [...cho]) xong(KHONG_TRA_LOI);
+      cam.disconnect();
+    },
+  };
+}
