@@ -20,8 +20,21 @@ goiDebian=(
 )
 goiHomebrew=(cmake ninja pkg-config asio fast_float utf8proc uriparser libspng googletest node)
 
+# The packages of a folder's package-lock.json, when that changed since they were last installed.
+caiNpm() {
+    local thuMuc=$1 dau=$1/node_modules/.da-cai
+    if cmp -s "$thuMuc/package-lock.json" "$dau"; then
+        return
+    fi
+    noi "Installing the packages of $thuMuc"
+    npm ci --prefix "$thuMuc" --no-audit --no-fund --loglevel=error
+    cp "$thuMuc/package-lock.json" "$dau"
+}
+
 caiDebian() {
     local thieu=() goi
+    # Node.js from elsewhere brings its own npm, beside which Debian's cannot be installed.
+    command -v npm >/dev/null || goiDebian+=(npm)
     for goi in "${goiDebian[@]}"; do
         dpkg-query -W -f='${Status}' "$goi" 2>/dev/null | grep -q 'ok installed' || thieu+=("$goi")
     done
@@ -61,3 +74,6 @@ case "$(uname -s)" in
         ;;
     *) echo "Tovira runs on macOS and Linux." >&2; exit 1 ;;
 esac
+
+cd "$(dirname "$0")"
+caiNpm giao-dien

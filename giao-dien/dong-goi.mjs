@@ -17,6 +17,7 @@ const { build } = await import('esbuild');
 
 // The files to build: a name in resources/giao-dien and what gives its text.
 const KET_QUA = [
+  { ten: 'crypto.js', tao: () => dongKichBan('mat-ma/chinh.js') },
   { ten: 'app.html', tao: () => dongTrang(build) },
 ];
 
