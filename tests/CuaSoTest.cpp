@@ -209,6 +209,40 @@ TEST_F(CuaSoTest, trangChetThiNapLaiMotLanRoiThoi) {
     EXPECT_EQ(trang.layTai(), taiHtml) << "but never a blank window";
 }
 
+// The server is well, only its page is not: returning by itself must not become a loop.
+TEST_F(CuaSoTest, trangChetHaiLanThiTheoDoiChoMotPhutMoiVe) {
+    cuaSo.dung();
+    doMayChu.traLoi(true);
+    const auto chetHaiLan = [&] {
+        cuaSo.khiTrangChet();
+        cuaSo.khiTrangChet();
+        ASSERT_EQ(trang.layTai().back(), taiHtml[0]);
+    };
+    // What the ticks of `giay` seconds load while the server answers every probe.
+    const auto di = [&](double giay) {
+        for (double luc = 0; luc < giay; luc += 5) {
+            vong.tien(5);
+            while (doMayChu.traLoi(true) != 0) {
+            }
+        }
+        return trang.layTai();
+    };
+    chetHaiLan();
+    EXPECT_EQ(di(55), Tai{});
+    EXPECT_EQ(di(10), taiMayChu);
+    EXPECT_EQ(di(60), Tai{});
+
+    chetHaiLan();
+    EXPECT_EQ(di(20), Tai{});
+    EXPECT_EQ(cuaSo.khiDieuHuong({"tovira://tai-lai", LoaiDieuHuong::bamLienKet}), TraLoiDieuHuong::huy);
+    doMayChu.traLoi(true);
+    EXPECT_EQ(trang.layTai(), taiMayChu) << "the user need not wait";
+    // A load that fails after that is another matter than a page that dies.
+    di(60);
+    cuaSo.neuHongThiBao(LyDoHong::khac);
+    EXPECT_EQ(di(5), (Tai{taiHtml[0], taiMayChu[0]}));
+}
+
 TEST_F(CuaSoTest, giaoDienKemChetThiNapLaiGiaoDienKem) {
     coGiaoDien();
     cuaSo.hienGiaoDienKem();

@@ -39,6 +39,33 @@ TEST(ThamSo, mayChuDuongDanVaGoc) {
     }
 }
 
+TEST(ThamSo, diaChiMaTrinhDuyetVietKhacThiNhac) {
+    struct Ca {
+        const char* server;
+        const char* nenViet;  // empty: nothing to say
+    };
+    const Ca cac[] = {
+        {"https://a.vi.du/base", ""},
+        {"http://a.vi.du:443", ""},
+        {"https://a.vi.du:8443", ""},
+        {"http://[::1]:9009", ""},
+        {"https://a.vi.du:443/x", "“https://a.vi.du”"},
+        {"http://a.vi.du:80", "“http://a.vi.du”"},
+        {"https://A.Vi.Du:8443", "“https://a.vi.du:8443”"},
+        {"HTTPS://a.vi.du", "“https://a.vi.du”"},
+        {"may-chu", "https://vi.du"},
+        {"hai tu", "https://vi.du"},
+        {"", "https://vi.du"},
+    };
+    const gia::CaiDatGia caiDat;
+    for (const Ca& ca : cac) {
+        const auto nhac = ThamSo::tinh({"tovira", "--server", ca.server}, caiDat).nhacDiaChi();
+        EXPECT_EQ(nhac.has_value(), *ca.nenViet != 0) << ca.server;
+        EXPECT_NE(nhac.value_or("").find(ca.nenViet), std::string::npos) << nhac.value_or("");
+    }
+    EXPECT_EQ(ThamSo::tinh({"tovira"}, caiDat).nhacDiaChi(), std::nullopt) << "the built-in one is well";
+}
+
 TEST(ThamSo, thuTuCuaNguon) {
     gia::CaiDatGia caiDat;
     EXPECT_EQ(ThamSo::tinh({"tovira"}, caiDat).mayChu, ThamSo::mayChuMacDinh());

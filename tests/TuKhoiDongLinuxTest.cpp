@@ -56,6 +56,22 @@ TEST_F(TuKhoiDongTest, duongDanKyLaDuocTrichDan) {
     EXPECT_EQ(exec("/a\nb"), R"("/a\nb" --ngam)");
 }
 
+TEST_F(TuKhoiDongTest, banDaNangCapVanCoTen) {
+    const auto tro = [this](const std::string& dich) {
+        std::filesystem::remove(goc / "exe");
+        std::filesystem::create_symlink(dich, goc / "exe");
+        return TuKhoiDongXdg::chuongTrinhNay(goc / "exe");
+    };
+    EXPECT_EQ(tro("/opt/tovira"), "/opt/tovira");
+    EXPECT_EQ(tro("/opt/tovira (deleted)"), "/opt/tovira");
+    const auto tenLa = (goc / "tovira (deleted)").string();
+    gia::ghiTep(tenLa, "x");
+    EXPECT_EQ(tro(tenLa), tenLa) << "somebody's real name";
+    EXPECT_EQ(TuKhoiDongXdg::chuongTrinhNay(goc / "khong-co"), "tovira");
+    EXPECT_EQ(TuKhoiDongXdg::chuongTrinhNay("/proc/self/exe"),
+              std::filesystem::canonical("/proc/self/exe").string());
+}
+
 TEST_F(TuKhoiDongTest, khongGhiDuocThiNoiLyDo) {
     std::ofstream(goc / "autostart") << "a file where the folder should be";
     TuKhoiDongXdg t(goc / "autostart", "/opt/tovira");

@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <string_view>
 
 namespace tovira {
 namespace {
@@ -78,7 +79,13 @@ int ghiHet(int tep, const std::string& noiDung) {
     return ::fsync(tep) == 0 ? 0 : errno;
 }
 
-// Whole or not at all: written beside the target, then moved over it.
+// Makes what was done to the entries of a folder last. A file system that cannot is no failure.
+void giuThuMuc(const fs::path& thuMuc) {
+    const TepMo mo(::open(thuMuc.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (mo.so() >= 0) ::fsync(mo.so());
+}
+
+// Whole or not at all, whatever happens to the machine meanwhile: written beside the target, then moved over it.
 int ghiNguyenVen(const fs::path& dich, const std::string& noiDung) {
     std::string tam = dich.string() + ".XXXXXX";
     int loi = 0;
@@ -89,7 +96,11 @@ int ghiNguyenVen(const fs::path& dich, const std::string& noiDung) {
         if (loi == 0 && ::fchmod(tep.so(), 0644) != 0) loi = errno;
     }
     if (loi == 0 && ::rename(tam.c_str(), dich.c_str()) != 0) loi = errno;
-    if (loi != 0) ::unlink(tam.c_str());
+    if (loi != 0) {
+        ::unlink(tam.c_str());
+    } else {
+        giuThuMuc(dich.parent_path());
+    }
     return loi;
 }
 
@@ -130,6 +141,7 @@ bool TuKhoiDongXdg::dangBat() {
 std::optional<std::string> TuKhoiDongXdg::dat(bool bat) {
     if (!bat) {
         if (::unlink(tep_.c_str()) != 0 && errno != ENOENT) return loiHeThong(errno);
+        giuThuMuc(thuMuc_);
         return std::nullopt;
     }
     std::error_code loi;
@@ -139,11 +151,19 @@ std::optional<std::string> TuKhoiDongXdg::dat(bool bat) {
     return std::nullopt;
 }
 
-std::unique_ptr<TuKhoiDong> TuKhoiDong::tao() {
+std::string TuKhoiDongXdg::chuongTrinhNay(const fs::path& lienKet) {
+    constexpr std::string_view daXoa = " (deleted)";
     std::error_code loi;
-    const auto chuongTrinh = fs::read_symlink("/proc/self/exe", loi);
+    std::string ra = fs::read_symlink(lienKet, loi).string();
+    if (loi) return "tovira";
+    // The system's remark, unless there really is a file of that name.
+    if (std::string_view(ra).ends_with(daXoa) && !fs::exists(ra, loi)) ra.resize(ra.size() - daXoa.size());
+    return ra;
+}
+
+std::unique_ptr<TuKhoiDong> TuKhoiDong::tao() {
     return std::make_unique<TuKhoiDongXdg>(thuMucCauHinh() / "autostart",
-                                           loi ? "tovira" : chuongTrinh.string());
+                                           TuKhoiDongXdg::chuongTrinhNay("/proc/self/exe"));
 }
 
 }  // namespace tovira

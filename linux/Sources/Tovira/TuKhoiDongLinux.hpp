@@ -18,6 +18,9 @@ class TuKhoiDongXdg final : public TuKhoiDong {
 
     // The entry's text.
     [[nodiscard]] static std::string lapMuc(const std::string& chuongTrinh);
+    // Where the program that this link of /proc points to is, or its successor: an upgrade puts another file
+    // in the place of the one that runs. "tovira", to be found in PATH, when that cannot be told.
+    [[nodiscard]] static std::string chuongTrinhNay(const std::filesystem::path& lienKet);
 
   private:
     std::filesystem::path thuMuc_;

@@ -1,16 +1,12 @@
 #include "ChinhSachDieuHuong.hpp"
 
-#include <algorithm>
-
 #include "DiaChiUrl.hpp"
 
 namespace tovira {
 namespace {
 
 bool laWeb(std::string_view giaoThuc) {
-    std::string thuong(giaoThuc);
-    std::transform(thuong.begin(), thuong.end(), thuong.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+    const std::string thuong = chuThuong(giaoThuc);
     return thuong == "http" || thuong == "https";
 }
 

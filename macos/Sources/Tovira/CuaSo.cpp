@@ -184,7 +184,7 @@ void CuaSo::traLoiNhip(bool song) {
     const auto viec = theoDoi_.traLoi(song);
     if (viec.matKetNoi) chay(kich_ban_trang::matKetNoi(*viec.matKetNoi));
     if (viec.songLai) chay(kich_ban_trang::mayChuSongLai());
-    if (viec.napLai) nap();
+    if (viec.napLai && !sap_.dangNghi(d_.vongLap.dongHo())) nap();
 }
 
 // --- Into the page ---

@@ -60,6 +60,13 @@ std::string_view DiaChiUrl::mayTran() const {
     return m;
 }
 
+std::string chuThuong(std::string_view chu) {
+    std::string ra(chu);
+    for (char& c : ra)
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    return ra;
+}
+
 std::string_view giaoThucCua(std::string_view diaChi) {
     const std::string_view ten = diaChi.substr(0, std::min(diaChi.find(':'), diaChi.size()));
     if (ten.size() == diaChi.size() || ten.empty() || !laChuCai(ten.front())) return {};

@@ -27,6 +27,9 @@ struct DiaChiUrl {
     friend bool operator==(const DiaChiUrl&, const DiaChiUrl&) = default;
 };
 
+// With its ASCII letters in lower case: schemes and hosts mean the same in either.
+[[nodiscard]] std::string chuThuong(std::string_view chu);
+
 // The scheme of an address of any kind ("blob:…", "data:…" included) as it is written; empty when there is
 // none.
 [[nodiscard]] std::string_view giaoThucCua(std::string_view diaChi);

@@ -17,11 +17,16 @@ class QuyTacSap {
     [[nodiscard]] Viec khiSap(double luc) {
         const bool lai = lanTruoc_ && luc - *lanTruoc_ < khoangTha;
         lanTruoc_ = luc;
+        boCuoc_ = lai;
         return lai ? Viec::boCuoc : Viec::taiLai;
     }
 
+    // Given up not long ago: only the user brings the page back, or it would die and return all day.
+    [[nodiscard]] bool dangNghi(double luc) const { return boCuoc_ && luc - *lanTruoc_ < khoangTha; }
+
   private:
     std::optional<double> lanTruoc_;
+    bool boCuoc_ = false;
 };
 
 }  // namespace tovira

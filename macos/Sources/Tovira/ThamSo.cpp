@@ -43,4 +43,18 @@ ThamSo ThamSo::tinh(const std::vector<std::string>& thamSo, const CaiDat& caiDat
     return kq;
 }
 
+std::optional<std::string> ThamSo::nhacDiaChi() const {
+    const auto url = DiaChiUrl::tach(gocMayChu);
+    if (!url || url->giaoThuc.empty() || url->may.empty())
+        return "Địa chỉ máy chủ “" + mayChu + "” không dùng được: hãy viết đủ, như https://vi.du.";
+    const std::string giaoThuc = chuThuong(url->giaoThuc);
+    std::string nenViet = giaoThuc + "://" + chuThuong(url->may);
+    const std::uint32_t congRieng = giaoThuc == "https" ? 443 : 80;
+    if (url->cong && *url->cong != congRieng) nenViet += ":" + std::to_string(*url->cong);
+    if (nenViet == gocMayChu) return std::nullopt;
+    return "Trang của máy chủ sẽ không được dùng chuột, bàn phím và màn hình của máy này, vì địa chỉ máy chủ "
+           "viết là “" +
+           gocMayChu + "”. Hãy viết “" + nenViet + "”: chữ thường, không ghi cổng mặc định.";
+}
+
 }  // namespace tovira

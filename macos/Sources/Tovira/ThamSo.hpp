@@ -1,6 +1,7 @@
 #pragma once
 // Main thread. Which rendezvous server to talk to: computed once at start and never again.
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -20,6 +21,10 @@ struct ThamSo : CoChung<ThamSo> {
 
     // "--server" and the argument after it, else the user default "mayChu" unless empty, else the built-in.
     [[nodiscard]] static ThamSo tinh(const std::vector<std::string>& thamSo, const CaiDat& caiDat);
+
+    // What the user is to be told when this server's own pages will not be trusted, because location.origin
+    // never spells itself as gocMayChu does; one sentence. Absent when all is well.
+    [[nodiscard]] std::optional<std::string> nhacDiaChi() const;
 
     // The server that this build was configured with: an https origin.
     [[nodiscard]] static const char* mayChuMacDinh();

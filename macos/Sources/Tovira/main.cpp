@@ -34,6 +34,7 @@ int chayUngDung(int soThamSo, char** cacThamSo, const std::vector<std::string>& 
     if (!nen) return 1;
     ThamSo thamSoChung = ThamSo::tinh(thamSo, nen->caiDat());
     const ThamSo::DatChung datThamSo(thamSoChung);
+    if (const auto nhac = thamSoChung.nhacDiaChi()) std::fprintf(stderr, "Tovira: %s\n", nhac->c_str());
     DieuKhien dieuKhien(nen->dieuKhien(), nen->vongLap());
     const DieuKhien::DatChung datDieuKhien(dieuKhien);
     ManHinh manHinh(nen->manHinh(), nen->vongLap(), dieuKhien);
