@@ -55,7 +55,8 @@ inline int chayThuWeb(int soThamSo, char** thamSo) {
     QApplication ung(soThamSo, thamSo);
     QApplication::setApplicationName(QStringLiteral("tovira-thu"));
     QApplication::setQuitOnLastWindowClosed(false);
-    MayChuTrang mayChu(cam);
+    MayChuTrang mayChu;
+    mayChu.mo(cam);
     mayChuTrang(&mayChu);
     HoSoWeb hoSo;
     hoSoChung(&hoSo);

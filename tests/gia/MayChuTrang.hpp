@@ -1,12 +1,16 @@
 #pragma once
 // A small web server for real engines, turned by Qt's event loop: answers each path as the test says.
 
+#include <sys/socket.h>
+
 #include <QHash>
 #include <QHostAddress>
+#include <QPointer>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace tovira::gia {
@@ -20,28 +24,55 @@ class MayChuTrang {
         int trangThai = 200;
         bool treo = false;      // never answered
         std::size_t thieu = 0;  // bytes promised beyond the body
+        bool giuLai = false;    // the second half of the body waits for tha()
     };
 
-    // Takes over a socket that is bound and listening already.
-    explicit MayChuTrang(int oCam) {
-        nghe_.setSocketDescriptor(oCam);
+    // Answers nobody yet.
+    MayChuTrang() {
         QObject::connect(&nghe_, &QTcpServer::newConnection, &nghe_, [this] {
             while (auto* khach = nghe_.nextPendingConnection())
                 nhan(*khach);
         });
     }
 
+    // Takes over a socket that is bound and listening already.
+    void mo(int oCam) { nghe_.setSocketDescriptor(oCam); }
+    // Gone, with every connection.
+    void tat() {
+        nghe_.close();
+        for (auto* khach : nghe_.findChildren<QTcpSocket*>())
+            khach->abort();
+    }
+    // Sends what it kept back (TraLoi::giuLai).
+    void tha() {
+        for (auto& [khach, con] : std::exchange(giuLai_, {})) {
+            if (khach == nullptr) continue;
+            khach->write(con);
+            khach->disconnectFromHost();
+        }
+    }
+
     [[nodiscard]] std::uint16_t cong() const { return nghe_.serverPort(); }
 
     std::map<std::string, TraLoi> trang;  // by path, without query
     std::vector<std::string> daHoi;       // "host path" of every request
+    bool cat = false;                     // resets every connection that asks for something
 
   private:
     void nhan(QTcpSocket& khach) {
-        QObject::connect(&khach, &QTcpSocket::disconnected, &khach, &QObject::deleteLater);
+        QObject::connect(&khach, &QTcpSocket::disconnected, &khach, [this, &khach] {
+            dau_.remove(&khach);
+            khach.deleteLater();
+        });
         QObject::connect(&khach, &QTcpSocket::readyRead, &khach, [this, &khach] {
             auto& dau = dau_[&khach];
             dau += khach.readAll();
+            if (cat) {
+                const linger ngay{1, 0};
+                ::setsockopt(static_cast<int>(khach.socketDescriptor()), SOL_SOCKET, SO_LINGER, &ngay,
+                             sizeof ngay);
+                return khach.abort();
+            }
             if (!dau.contains("\r\n\r\n")) return;
             traLoi(khach, dau_.take(&khach));
         });
@@ -59,12 +90,20 @@ class MayChuTrang {
         khach.write(QByteArray::fromStdString(
             "HTTP/1.1 " + std::to_string(tra.trangThai) + " X\r\nContent-Type: " + tra.kieu +
             "\r\nContent-Length: " + std::to_string(tra.than.size() + tra.thieu) +
-            "\r\nConnection: close\r\n" + tra.dauThem + "\r\n" + tra.than));
+            "\r\nConnection: close\r\n" + tra.dauThem + "\r\n"));
+        const auto than = QByteArray::fromStdString(tra.than);
+        if (tra.giuLai) {
+            khach.write(than.first(than.size() / 2));
+            giuLai_.emplace_back(&khach, than.sliced(than.size() / 2));
+            return;
+        }
+        khach.write(than);
         khach.disconnectFromHost();
     }
 
     QTcpServer nghe_;
     QHash<QTcpSocket*, QByteArray> dau_;
+    std::vector<std::pair<QPointer<QTcpSocket>, QByteArray>> giuLai_;
 };
 
 }  // namespace tovira::gia

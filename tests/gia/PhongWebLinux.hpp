@@ -38,24 +38,15 @@ inline HoSoWeb& hoSoChung(HoSoWeb* moi = nullptr) {
     return *hoSo;
 }
 
-struct PhongWebLinux : NhaWeb<VongLapLinux> {
-    // A name that the engine's resolver maps onto the test's server (see chayThuWeb).
-    static constexpr const char* gocTin = "http://tin.example";
-
+// With this main queue and this probe.
+template <class Vong, class Do>
+struct PhongQt : NhaWeb<Vong, Do> {
     CuaSoTachLinux tach{hoSoChung()};
     TrangLinux trang{hoSoChung(), tach};
-    CuaSoLinux cua{trang, caiDat};
-    CuaSo cuaSo{choDua(cua, trang, tach)};
+    CuaSoLinux cua{trang, this->caiDat};
+    CuaSo cuaSo{this->choDua(cua, trang, tach)};
 
-    PhongWebLinux() : NhaWeb(gocTin) {}
-
-    // Builds everything and shows the server's application.
-    void len() {
-        cuaSo.dung();
-        doMayChu.traLoi(true);
-        cuaSo.hien();
-        ASSERT_TRUE(choTrang("app"));
-    }
+    explicit PhongQt(const std::string& mayChu) : NhaWeb<Vong, Do>(mayChu) {}
 
     [[nodiscard]] QWebEnginePage& page() { return *trang.khungNhin().page(); }
 
@@ -87,10 +78,27 @@ struct PhongWebLinux : NhaWeb<VongLapLinux> {
 
     // The screen is being shared, as far as the window can tell.
     void phat() {
-        xinPhat();
-        ASSERT_TRUE(cho([&] { return !nenMan.luong.empty() && nenMan.luong.back()->xong; }));
-        nenMan.luong.back()->xong({});
-        ASSERT_TRUE(cho([&] { return manHinh.dangPhat(); }));
+        this->xinPhat();
+        auto& luong = this->nenMan.luong;
+        ASSERT_TRUE(cho([&] { return !luong.empty() && luong.back()->xong; }));
+        luong.back()->xong({});
+        ASSERT_TRUE(cho([&] { return this->manHinh.dangPhat(); }));
+    }
+};
+
+// Probes are answered by the test.
+struct PhongWebLinux : PhongQt<VongLapLinux, DoMayChuGia> {
+    // A name that the engine's resolver maps onto the test's server (see chayThuWeb).
+    static constexpr const char* gocTin = "http://tin.example";
+
+    PhongWebLinux() : PhongQt(gocTin) {}
+
+    // Builds everything and shows the server's application.
+    void len() {
+        cuaSo.dung();
+        doMayChu.traLoi(true);
+        cuaSo.hien();
+        ASSERT_TRUE(choTrang("app"));
     }
 };
 

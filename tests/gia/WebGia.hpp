@@ -111,8 +111,8 @@ struct DoMayChuGia final : DoMayChu {
     }
 };
 
-// What stands around every web host under test, whatever its main queue and its web view are.
-template <class Vong>
+// What stands around every web host under test, whatever its main queue, its probe and its web view are.
+template <class Vong, class Do = DoMayChuGia>
 struct NhaWeb {
     ThuMucTam tam;
     Vong vong;
@@ -125,7 +125,7 @@ struct NhaWeb {
     ThamSo thamSo;
     NenLinhTinhGia khac;
     CaiDatGia caiDat;
-    DoMayChuGia doMayChu{vong};
+    Do doMayChu{vong};
     GiaoDienKem giaoDienKem{tam.duong()};
 
     explicit NhaWeb(const std::string& mayChu) {

@@ -85,7 +85,8 @@ void giuThuMuc(const fs::path& thuMuc) {
     if (mo.so() >= 0) ::fsync(mo.so());
 }
 
-// Whole or not at all, whatever happens to the machine meanwhile: written beside the target, then moved over it.
+// Whole or not at all, whatever happens to the machine meanwhile: written beside the target, then moved over
+// it.
 int ghiNguyenVen(const fs::path& dich, const std::string& noiDung) {
     std::string tam = dich.string() + ".XXXXXX";
     int loi = 0;
