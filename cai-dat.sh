@@ -18,7 +18,7 @@ goiDebian=(
     xvfb xauth openbox xdotool xterm x11-utils x11-xserver-utils x11-apps imagemagick curl dbus
     fonts-dejavu-core fonts-noto-core
 )
-goiHomebrew=(cmake ninja pkg-config asio fast_float utf8proc uriparser libspng googletest node)
+goiHomebrew=(cmake ninja pkgconf asio fast_float utf8proc uriparser libspng googletest node)
 
 # The packages of a folder's package-lock.json, when that changed since they were last installed.
 caiNpm() {

@@ -1,7 +1,6 @@
 # Run by the target `goi`: puts the bundle `goi` together from the program `chuong_trinh`, the sources `nguon` and
 # the build folder `dung`, and signs it as `chu_ky`.
 cmake_minimum_required(VERSION 3.25)
-include(BundleUtilities)
 
 set(ten_chung_chi "Tovira Local Signing")  # tao-chung-chi-ky.sh makes it
 
@@ -19,10 +18,41 @@ function(xep_tep)
     chay(iconutil --convert icns --output ${goi}/Contents/Resources/Tovira.icns ${dung}/Tovira.iconset)
 endfunction()
 
-# Libraries that are not the system's move into the bundle; ends the build if one is still outside.
+# What `tep` loads, as it is written there, without the system's own.
+function(doc_phu_thuoc tep bien)
+    execute_process(COMMAND otool -L ${tep} OUTPUT_VARIABLE ra COMMAND_ERROR_IS_FATAL ANY)
+    string(REGEX MATCHALL "\n\t[^\n(]+ \\(" dong "${ra}")
+    list(TRANSFORM dong REPLACE "^\n\t(.+) \\($" "\\1")
+    list(FILTER dong EXCLUDE REGEX "^(/usr/lib|/System)/")
+    set(${bien} "${dong}" PARENT_SCOPE)
+endfunction()
+
+# Libraries that are not the system's move into the bundle and are found there; ends the build if one is missing.
 function(gom_thu_vien)
-    set(BU_CHMOD_BUNDLE_ITEMS TRUE)
-    fixup_bundle(${goi} "" "")
+    set(chinh ${goi}/Contents/MacOS/Tovira)
+    file(GET_RUNTIME_DEPENDENCIES EXECUTABLES ${chinh} RESOLVED_DEPENDENCIES_VAR thu_vien
+        PRE_EXCLUDE_REGEXES "^/usr/lib/" "^/System/")
+    if(NOT thu_vien)
+        return()
+    endif()
+    file(MAKE_DIRECTORY ${goi}/Contents/Frameworks)
+    foreach(tep IN LISTS thu_vien)
+        cmake_path(GET tep FILENAME ten)
+        set(ban_sao ${goi}/Contents/Frameworks/${ten})
+        file(REAL_PATH ${tep} that)
+        file(COPY_FILE ${that} ${ban_sao})
+        file(CHMOD ${ban_sao} PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+        chay(install_name_tool -id @rpath/${ten} ${ban_sao})
+        list(APPEND cac_ban ${ban_sao})
+    endforeach()
+    foreach(tep IN LISTS chinh cac_ban)
+        doc_phu_thuoc(${tep} phu_thuoc)
+        foreach(mot IN LISTS phu_thuoc)
+            cmake_path(GET mot FILENAME ten)
+            chay(install_name_tool -change ${mot} @rpath/${ten} ${tep})
+        endforeach()
+    endforeach()
+    chay(install_name_tool -add_rpath @executable_path/../Frameworks ${chinh})
 endfunction()
 
 function(chon_chu_ky bien)

@@ -13,13 +13,23 @@ add_custom_target(goi
         -D dung=${CMAKE_BINARY_DIR}
         -D chu_ky=${TOVIRA_CHU_KY}
         -P ${CMAKE_SOURCE_DIR}/cmake/dong-goi-macos.cmake
-    DEPENDS tovira
     COMMENT "Packing ${goi}"
     VERBATIM)
+add_dependencies(goi tovira)
 
+set(anh ${CMAKE_BINARY_DIR}/anh-dia)
 set(dmg ${CMAKE_SOURCE_DIR}/dist/Tovira-${PROJECT_VERSION}.dmg)
+set(ky_dmg)
+if(TOVIRA_CHU_KY)
+    set(ky_dmg COMMAND codesign --force --sign ${TOVIRA_CHU_KY} --timestamp ${dmg})
+endif()
 add_custom_target(dmg
-    COMMAND hdiutil create -quiet -ov -volname Tovira -srcfolder ${goi} -format UDZO ${dmg}
-    DEPENDS goi
+    COMMAND ${CMAKE_COMMAND} -E rm -rf ${anh}
+    COMMAND ${CMAKE_COMMAND} -E make_directory ${anh}
+    COMMAND ditto ${goi} ${anh}/Tovira.app
+    COMMAND ${CMAKE_COMMAND} -E create_symlink /Applications ${anh}/Applications
+    COMMAND hdiutil create -quiet -ov -volname Tovira -srcfolder ${anh} -format UDZO ${dmg}
+    ${ky_dmg}
     COMMENT "Packing ${dmg}"
     VERBATIM)
+add_dependencies(dmg goi)

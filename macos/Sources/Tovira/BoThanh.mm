@@ -24,9 +24,10 @@ void boThanhKhoi(SCStream* stream, SCDisplay* man) {
     if (@available(macOS 15.0, *)) {
         NSSet<NSNumber*>* ma = maThanhDangHien();
         if (stream == nil || ma.count == 0) return;
+        // Among all windows: one that has just come up may not count as on the screen yet.
         [SCShareableContent
             getShareableContentExcludingDesktopWindows:NO
-                                   onScreenWindowsOnly:YES
+                                   onScreenWindowsOnly:NO
                                      completionHandler:^(SCShareableContent* noiDung, NSError*) {
                                          NSMutableArray<SCWindow*>* bo = [NSMutableArray array];
                                          for (SCWindow* cua in noiDung.windows) {

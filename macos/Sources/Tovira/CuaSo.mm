@@ -31,6 +31,9 @@ class TrangMac final : public CuaSo::NenTrang {
         cauHinh.userContentController = [[WKUserContentController alloc] init];
         [cauHinh.userContentController addScriptMessageHandler:cau name:chuMac(Cau::tenKenh)];
         cauHinh.websiteDataStore = [WKWebsiteDataStore defaultDataStore];
+        // The remote picture and voice start without a click, and may fill the screen.
+        cauHinh.mediaTypesRequiringUserActionForPlayback = WKAudiovisualMediaTypeNone;
+        cauHinh.preferences.elementFullscreenEnabled = YES;
         WKWebView* web = [[WKWebView alloc] initWithFrame:NSMakeRect(0, 0, CuaSo::rongDau, CuaSo::caoDau)
                                             configuration:cauHinh];
         web.navigationDelegate = c_.uyQuyen;
@@ -145,10 +148,11 @@ class TachMac final : public CuaSo::NenTach {
         if (cu == nil) return;
         [cu orderOut:nil];
         c_.uyQuyen.cuaSoTach = nil;
+        c_.uyQuyen.webTach = nil;
     }
 
     void chay(MaTach ma, const char* js) override {
-        [static_cast<WKWebView*>(cua(ma).contentView) evaluateJavaScript:@(js) completionHandler:nil];
+        if (c_.uyQuyen.maTach == ma) [c_.uyQuyen.webTach evaluateJavaScript:@(js) completionHandler:nil];
     }
 
    private:

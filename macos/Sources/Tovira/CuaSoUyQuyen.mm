@@ -59,7 +59,7 @@ std::optional<double> soThuc(NSNumber* so) {
 
 - (void)sapDongTach:(WKWebView*)web {
     const auto chu = _chu.lock();
-    if (chu && web == self.cuaSoTach.contentView) chu->khiTachSapDong(self.maTach);
+    if (chu && web == self.webTach) chu->khiTachSapDong(self.maTach);
 }
 
 #pragma mark NSWindowDelegate
@@ -161,6 +161,7 @@ std::optional<double> soThuc(NSNumber* so) {
     TVDongCuaSoTach.chung.web = web;
     cua.delegate = TVDongCuaSoTach.chung;
     self.cuaSoTach = cua;
+    self.webTach = web;
     self.maTach = tach.ma;
     [cua makeKeyAndOrderFront:nil];
     return web;
@@ -168,8 +169,7 @@ std::optional<double> soThuc(NSNumber* so) {
 
 - (void)webViewDidClose:(WKWebView*)webView {
     const auto chu = _chu.lock();
-    if (chu && self.cuaSoTach != nil && webView == self.cuaSoTach.contentView)
-        chu->khiTachTuDong(self.maTach);
+    if (chu && webView == self.webTach) chu->khiTachTuDong(self.maTach);
 }
 
 - (void)webView:(WKWebView*)webView

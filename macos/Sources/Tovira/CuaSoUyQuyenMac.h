@@ -13,7 +13,9 @@
 - (instancetype)initVoiChu:(std::weak_ptr<tovira::CuaSo>)chu;
 @property(nonatomic, strong) WKWebView* web;
 @property(nonatomic, strong) TVCuaSoChinh* cuaSo;
-// The one pop-up's window, and its identity.
+// The one pop-up's window, its view (which is elsewhere while one of its elements fills the screen) and its
+// identity.
 @property(nonatomic, strong) NSWindow* cuaSoTach;
+@property(nonatomic, strong) WKWebView* webTach;
 @property(nonatomic) tovira::MaTach maTach;
 @end

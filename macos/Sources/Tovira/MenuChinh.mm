@@ -60,6 +60,7 @@ void datMenuChinh(id uyQuyen) {
     NSMenu* thanh = [[NSMenu alloc] init];
     for (const MenuCon& con : menuChinh) {
         NSMenu* menu = [[NSMenu alloc] initWithTitle:chuMac(con.ten)];
+        menu.autoenablesItems = NO;  // the page, not AppKit, knows what it can cut and paste
         for (const MucMenu& muc : con.muc) [menu addItem:taoMuc(muc, uyQuyen)];
         NSMenuItem* cho = [[NSMenuItem alloc] initWithTitle:menu.title action:nil keyEquivalent:@""];
         cho.submenu = menu;
