@@ -77,3 +77,4 @@ esac
 
 cd "$(dirname "$0")"
 caiNpm giao-dien
+caiNpm may-chu

@@ -1,0 +1,52 @@
+// The door: which pages may connect, and how many connections one address may hold.
+import { diaChiThat, cheDiaChi, khoaDiaChi } from './dia-chi.js';
+import { GioiHan, SoDem } from './gioi-han.js';
+
+// Packaged copies of the web application live on the loopback interface, at any port.
+export const GOC_NOI_BO = /^http:\/\/(127\.0\.0\.1|localhost)(:\d{1,5})?$/;
+
+export class Cua {
+  #giu = new SoDem();
+
+  constructor({ caiDat, dongHo, nhatKy }) {
+    Object.assign(this, { caiDat, nhatKy });
+    const moi = caiDat.ketNoiMoiDiaChi;
+    this.gioiHan = new GioiHan({ dung: moi, moiGiay: moi / 60, dongHo });
+    this.tong = 0;
+  }
+
+  // engine.io's question for every new connection and every change of its transport.
+  xet = (yeuCau, tra) => {
+    const { origin, host } = yeuCau.headers;
+    if (origin !== undefined && !GOC_NOI_BO.test(origin) && !cungGoc(origin, host)) return tra('origin', false);
+    if (new URL(yeuCau.url, 'http://x').searchParams.has('sid')) return tra(null, true);
+    const diaChi = diaChiThat(yeuCau, this.caiDat.proxyTin);
+    const khoa = khoaDiaChi(diaChi);
+    const day = this.tong >= this.caiDat.ketNoiToiDa || this.#giu.dem(khoa) >= this.caiDat.ketNoiMoiDiaChi;
+    if (day || this.gioiHan.lay(khoa) > 0) {
+      this.nhatKy.demTuChoi('ket-noi', cheDiaChi(diaChi));
+      return tra('too many', false);
+    }
+    return tra(null, true);
+  };
+
+  // Counts a connection for as long as it lasts.
+  dem(ketNoi) {
+    const khoa = khoaDiaChi(diaChiThat(ketNoi.request, this.caiDat.proxyTin));
+    this.#giu.doi(khoa, 1);
+    this.tong += 1;
+    ketNoi.once('close', () => {
+      this.#giu.doi(khoa, -1);
+      this.tong -= 1;
+    });
+  }
+}
+
+// The page was served under the very name and port that it connects to. The scheme is the proxy's business.
+function cungGoc(goc, host) {
+  try {
+    return host !== undefined && new URL(goc).host === new URL(`${new URL(goc).protocol}//${host}`).host;
+  } catch {
+    return false;
+  }
+}
