@@ -5,7 +5,7 @@ import { docCaiDat } from '../nguon/cai-dat.js';
 import { moMayChu } from '../nguon/may-chu.js';
 import { NhatKy } from '../nguon/nhat-ky.js';
 
-export const HAN = 10_000; // ms
+export const HAN = 30_000; // ms
 export const THE = 'a'.repeat(64);
 export const THE_KHAC = 'b'.repeat(64);
 
