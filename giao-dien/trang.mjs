@@ -24,7 +24,7 @@ export async function dongTrang(build) {
   });
   const kichBan = `\n${kq.outputFiles[0].text}`;
   const kieu = `\n${KIEU.map((ten) => doc(`kieu/${ten}`)).join('')}`;
-  const dat = { 'kịch bản': kichBan, 'kiểu': kieu, 'dấu kịch bản': dau(kichBan), 'dấu kiểu': dau(kieu) };
+  const dat = { 'khách': doc('khach.html').trimEnd(), 'kịch bản': kichBan, 'kiểu': kieu, 'dấu kịch bản': dau(kichBan), 'dấu kiểu': dau(kieu) };
   return doc('khung.html').replace(/<!-- (.+?) -->/g, (ca, ten) => {
     if (!(ten in dat)) throw new Error(`khung.html: ${ca}`);
     return dat[ten];
