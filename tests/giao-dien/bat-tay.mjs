@@ -95,14 +95,13 @@ function xchacha(chieu, khoa, so, d) {
 }
 
 // The second controller. layPrs(salt, index) gives its password strings: real ones by PRS, guesses by random bytes.
-export const PRS = (matKhau) => (muoi) => scryptSync(matKhau, muoi, 32, { N: 32768, r: 8, p: 1, maxmem: 2 ** 26 });
-// The same, once for each password and salt, for tests that shake hands a hundred times.
-const daBam = new Map();
-export async function bamNho(chu, muoi) {
-  const khoa = `${chu} ${Buffer.from(muoi).toString('hex')}`;
-  if (!daBam.has(khoa)) daBam.set(khoa, PRS(chu)(muoi));
-  return Uint8Array.from(daBam.get(khoa)); // whoever gets it overwrites it
-}
+const daBam = new Map(); // once for each password and salt: some tests shake hands a hundred times
+export const PRS = (matKhau) => (muoi) => {
+  const khoa = `${matKhau} ${Buffer.from(muoi).toString('hex')}`;
+  if (!daBam.has(khoa)) daBam.set(khoa, scryptSync(matKhau, muoi, 32, { N: 32768, r: 8, p: 1, maxmem: 2 ** 26 }));
+  return Buffer.from(daBam.get(khoa)); // a copy: whoever gets it overwrites it
+};
+export const bamNho = async (chu, muoi) => new Uint8Array(PRS(chu)(muoi));
 export const DOAN = () => new Uint8Array(randomBytes(32));
 
 export class KhachThuHai {

@@ -1,7 +1,7 @@
 import assert from 'node:assert/strict';
 import test from 'node:test';
 import {
-  CHUNG, DOAN, KhachThuHai, PRS, TvMaHoa, VT_KE_GIUA, VT_KHACH, VT_MAY, chayBatTay, taoDongHo, taoSdp,
+  CHUNG, DOAN, KhachThuHai, PRS, TvMaHoa, VT_KE_GIUA, VT_KHACH, VT_MAY, bamNho, chayBatTay, taoDongHo, taoSdp,
 } from './bat-tay.mjs';
 
 const LAU = 'Xin chào, máy bàn';
@@ -49,7 +49,7 @@ test('a wrong password: one said so, one counted; a lasting one is taken as type
   const canh = taoCanh({ lau });
   const thu = [`${canh.matKhau}2`, LAU.toUpperCase(), ''];
   for (const [i, matKhau] of thu.entries()) {
-    const { khach, may, soKhach, soMay } = await chayBatTay({ canh, matKhau });
+    const { khach, may, soKhach, soMay } = await chayBatTay({ canh, matKhau, bamCham: bamNho });
     assert.deepEqual([soKhach, soMay], [[['sai', 4 - i]], [['sai', 4 - i]]]);
     assert.deepEqual([khach.daHet, may.daHet, khach.niem({ a: 1 }), may.niem({ a: 1 })], [true, true, false, false]);
   }
@@ -59,10 +59,10 @@ test('a wrong password: one said so, one counted; a lasting one is taken as type
 test('both codes and the session are part of it', async () => {
   const canh = taoCanh();
   for (const chungKhach of [{ ...CHUNG, ma: '123456780' }, { ...CHUNG, phien: 'khac' }]) {
-    const { soKhach, soMay } = await chayBatTay({ canh, matKhau: canh.matKhau, chungKhach });
+    const { soKhach, soMay } = await chayBatTay({ canh, matKhau: canh.matKhau, bamCham: bamNho, chungKhach });
     assert.deepEqual([soKhach[0][0], soMay[0][0]], ['sai', 'sai']);
   }
-  const { soMay } = await chayBatTay({ canh, matKhau: canh.matKhau, chungKhach: { ...CHUNG, ma: '123 456-789' } });
+  const { soMay } = await chayBatTay({ canh, matKhau: canh.matKhau, bamCham: bamNho, chungKhach: { ...CHUNG, ma: '123 456-789' } });
   assert.equal(soMay[0][0], 'xong');
 });
 
@@ -95,15 +95,15 @@ test('five wrong ones over all callers, though right ones come between, lock for
 
   dongHo.nay += 59_001;
   assert.equal(canh.khoaCon(), 1);
-  const { soKhach } = await chayBatTay({ canh, matKhau: LAU });
+  const { soKhach } = await chayBatTay({ canh, matKhau: LAU, bamCham: bamNho });
   assert.deepEqual(soKhach, [['khoa', 1]]);
   await dangDo[2].chao();
   assert.deepEqual(dangDo[2].cuaMay, [{ b: 'khoa', giay: 1 }]);
 
   dongHo.nay += 999;
   assert.deepEqual([canh.khoaCon(), canh.conLai], [0, 5]);
-  assert.deepEqual((await chayBatTay({ canh, matKhau: cu })).soKhach, [['sai', 4]]);
-  assert.equal((await chayBatTay({ canh, matKhau: canh.matKhau })).soKhach[0][0], 'xong');
+  assert.deepEqual((await chayBatTay({ canh, matKhau: cu, bamCham: bamNho })).soKhach, [['sai', 4]]);
+  assert.equal((await chayBatTay({ canh, matKhau: canh.matKhau, bamCham: bamNho })).soKhach[0][0], 'xong');
 });
 
 test('another password, a lasting one set or removed: handshakes under way end, sessions stay', async () => {
@@ -148,7 +148,7 @@ test('a minute for a handshake, for either side; a session has no such end', asy
     await may.guiThe();
     assert.equal(may.soMay[0][0], cho);
     const doi = (ben, thu) => { if (thu.b === 6) cuaKhach.nay += phut; };
-    const { soKhach, may: benMay, chay } = await chayBatTay({ canh, matKhau: canh.matKhau, dongHo: cuaKhach, doi });
+    const { soKhach, may: benMay, chay } = await chayBatTay({ canh, matKhau: canh.matKhau, dongHo: cuaKhach, doi, bamCham: bamNho });
     assert.deepEqual(soKhach[0].slice(0, 1), [cho]);
     cuaKhach.nay += 3_600_000;
     benMay.niem({ a: 1 });
