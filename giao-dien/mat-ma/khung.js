@@ -41,9 +41,16 @@ export function taoKhung({ vai, vanTay, gui, khi, dongHo, khiHet }) {
     if (ten) bao(ten, ...doiSo);
   }
   function guiThu(thu) {
-    if (!het) gui(vietThu(thu));
+    if (het) return;
+    try {
+      gui(vietThu(thu));
+    } catch (loi) {
+      globalThis.console?.error(loi);
+      ket('hong', 'noi-bo');
+    }
   }
   function thanhCong(isk, viTri, vanTayKia) {
+    if (het) return;
     niem = taoNiem(isk, vai);
     kia = vanTayKia;
     xoaBytes(...biMat.splice(0));
@@ -107,8 +114,8 @@ export function taoKhung({ vai, vanTay, gui, khi, dongHo, khiHet }) {
         if ('sdp' in vat && !sdpHop(vat.sdp?.sdp, vanTay)) return false;
         const bytes = sangUtf8(JSON.stringify(vat));
         if (Math.ceil((bytes.length + 16) * 4 / 3) + 32 > DAI_TOI_DA) return false;
-        gui(vietThu({ b: 7, d: niem.niem(bytes) }));
-        return true;
+        guiThu({ b: 7, d: niem.niem(bytes) });
+        return !het;
       },
       // Ends the session without a word to anybody.
       dong: () => ket(),

@@ -1,6 +1,8 @@
 // For the handshake's tests: both sides in one process with a server between them that the test plays, and a controller
 // written a second time from docs/ket-noi.md on Node's own functions, to whose letters the shipped host must answer.
-import { createCipheriv, createDecipheriv, createHash, createHmac, hkdfSync, randomBytes, scryptSync } from 'node:crypto';
+import {
+  createCipheriv, createDecipheriv, createHash, createHmac, hkdfSync, randomBytes, scryptSync, webcrypto as crypto,
+} from 'node:crypto';
 import { napKichBan } from './trang.mjs';
 
 export const { TvMaHoa } = napKichBan(

@@ -196,6 +196,17 @@ test('a fault of the page ends the session and is not thrown at who delivers', a
     assert.ok(may.daHet);
   }
   assert.deepEqual(hong, ['noi-bo', 'dang']);
+  for (const b of [6, 7]) { // the connection is gone just when the password was right, or afterwards
+    const k = new KhachThuHai(canh, PRS(canh.matKhau));
+    const dong = k.cuaMay.push;
+    k.cuaMay.push = function day(thu) {
+      if (thu.b === b) throw new Error('closed');
+      return dong.call(this, thu);
+    };
+    await k.batTay();
+    if (b === 7) assert.equal(k.may.niem({ a: 1 }), false);
+    assert.deepEqual(k.soMay.map((s) => s[0]), b === 6 ? ['hong'] : ['xong', 'hong']);
+  }
   assert.throws(() => TvMaHoa.taoBatTayMay({ ...CHUNG, canh, vanTay: 'sha-1 AA', gui() {}, khi: {} }), { name: 'TypeError' });
   assert.throws(() => TvMaHoa.taoBatTayMay({ ...CHUNG, canh: {}, vanTay: VT_MAY, gui() {}, khi: {} }), { name: 'TypeError' });
 });

@@ -1,7 +1,7 @@
 // The exchange against the published test vectors of draft-irtf-cfrg-cpace, revision 21:
 // appendix "Test vector for CPace using group ristretto255 and hash SHA-512", and the string functions.
 import assert from 'node:assert/strict';
-import { createHash, createHmac } from 'node:crypto';
+import { createHash, createHmac, webcrypto as crypto } from 'node:crypto';
 import test from 'node:test';
 import { napKichBan } from './trang.mjs';
 

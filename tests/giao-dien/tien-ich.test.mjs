@@ -1,4 +1,5 @@
 import assert from 'node:assert/strict';
+import { webcrypto as crypto } from 'node:crypto';
 import test from 'node:test';
 import { napKichBan } from './trang.mjs';
 
