@@ -88,6 +88,7 @@ export function taoMay(nhat) {
     manHinhDangPhat: () => !!tv.dangPhat,
     moCaiDatTroNang: () => nhat.push(['moTroNang']),
     moThuMucNhan: () => new Promise((xong) => { nhat.push(['moThuMucNhan']); tv.__nhanCho = xong; }),
+    moThuMucTai: (duong) => new Promise((xong) => { nhat.push(['moThuMucTai', duong]); tv.__nhanCho = xong; }),
     dongThuMucNhan: () => nhat.push(['dongThuMucNhan']),
     chonThuMucLuu: () => new Promise((xong) => { nhat.push(['chonThuMucLuu']); tv.__luuCho = xong; }),
     hienTrongFinder: (duong, ten) => nhat.push(['hienTrongFinder', duong, ten]),
@@ -98,8 +99,9 @@ export function taoMay(nhat) {
 // Lets every promise that is ready run.
 export const lang = () => new Promise((xong) => setImmediate(xong));
 
-// Opens the page. coMay: inside the host; mayChu: where it came from; kem: what the socket client's path answers.
-export async function moTrang({ coMay = true, hostname = '127.0.0.1', kem = 'khong_may_chu', luu = {}, tep = docBang } = {}) {
+// Opens the page. coMay: inside the host; mayChu: where it came from; kem: what the socket client's path answers;
+// guiTep: what the receiving endpoint answers.
+export async function moTrang({ coMay = true, hostname = '127.0.0.1', kem = 'khong_may_chu', luu = {}, tep = docBang, guiTep = () => ({ ok: false, status: 403 }) } = {}) {
   const nhat = [];
   const hen = []; // timers, run by hand: [ham, ms]
   const luuTru = new Map(Object.entries(luu));
@@ -129,6 +131,7 @@ export async function moTrang({ coMay = true, hostname = '127.0.0.1', kem = 'kho
         const bang = tep(ma);
         return { ok: bang !== null, json: async () => bang };
       }
+      if (/^http:\/\/127\.0\.0\.1:\d+\/ghi\?k=/.test(duong)) return guiTep(duong);
       if (duong !== '/vendor/socket.io.min.js') throw new Error(`unexpected address ${duong}`);
       return { ok: true, text: async () => kem };
     },

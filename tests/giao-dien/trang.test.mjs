@@ -214,6 +214,21 @@ test('receiving: only on the server\'s page, opened, shown, closed', async () =>
   assert.equal(t.$('mo-nhan').hidden, false);
 });
 
+test('the receiving folder of last time is opened again; an origin that may not post has it greyed out with the reason', async () => {
+  const luu = { 'tv.thuMucNhan': '/nhận' };
+  const t = await moTrang({ ...MAY_CHU, luu });
+  assert.deepEqual(t.nhat, [['moThuMucTai', '/nhận']]);
+  t.tv.__nhanCho({ goc: '', cong: 0, biMat: '', loi: 'khong-con' });
+  await lang();
+  assert.equal(t.luuTru.has('tv.thuMucNhan'), false);
+  const dong = await moTrang({ ...MAY_CHU, luu, guiTep: () => { throw new TypeError('blocked'); } });
+  dong.tv.__nhanCho({ goc: '/nhận', cong: 7, biMat: 'k', loi: '' });
+  await lang();
+  assert.deepEqual(dong.nhat.at(-1), ['dongThuMucNhan']);
+  assert.equal(dong.$('mo-nhan').disabled, true);
+  assert.equal(dong.$('thu-muc-nhan').textContent, docBang('vi')['nhan.khongGui']);
+});
+
 test('the packaged page is known by its substitute, not by its host name', async () => {
   const kem = await moTrang();
   assert.equal(kem.$('mo-nhan').disabled, true);

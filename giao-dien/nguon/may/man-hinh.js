@@ -7,12 +7,14 @@ const NET_MAC_DINH = 2160; // what the host starts with
 const DO_LAI_DAU = 250, DO_LAI_CUOI = 8000; // ms between looks at a display list that is still empty
 
 // The card of the screen: which display, how sharp, the picture, start. And the state line and stop button at the top.
-export function taoManHinh({ tv, van, kho, ve, chia }) {
+// soNguoi() says how many controllers look on; the picture is not shown here meanwhile, it would show itself in itself.
+export function taoManHinh({ tv, van, kho, ve, chia, soNguoi }) {
   const hinh = taoHinh($('san'), ve.lai);
   let daVe = ''; // what the display choice shows, so that it is rebuilt only when that changes
   let trong = true;
 
   const net = () => Number($('chon-net').value);
+  const so = () => Number($('chon-man').value) || 0;
 
   function veDanhSach() {
     if (!van.coChu) return;
@@ -39,8 +41,11 @@ export function taoManHinh({ tv, van, kho, ve, chia }) {
   function veHinh() {
     const an = !$('hien-hinh').checked;
     $('san').classList.toggle('an', an);
+    $('san').dataset.trong = hinh.duong ? 'khong' : 'co';
     $('san-chu').hidden = !an && hinh.tinh === 'coHinh';
     hinh.datTen(van.chu('man.hinh'));
+    const nguoi = soNguoi();
+    if (nguoi > 0) return van.dat('san-chu', 'man.dangXem', { n: nguoi });
     const chu = hinh.duong ? (an ? 'man.dangAn' : hinh.tinh === 'matHinh' ? 'man.matHinh' : 'man.dangMo') : 'man.chuaChia';
     van.dat('san-chu', chu);
   }
@@ -79,12 +84,13 @@ export function taoManHinh({ tv, van, kho, ve, chia }) {
   }
 
   function noiNut() {
-    khi('bc-start', () => chia.batDau(Number($('chon-man').value) || 0, net()));
+    khi('bc-start', () => chia.batDau(so(), net()));
     khi('doc-lai', () => location.reload()); // the host sends the list once for every page that loads
     khi('chon-man', ve.lai, 'change');
     khi('chon-net', () => {
       kho.ghi('doNet', $('chon-net').value, TvKho.QUA_CONG);
-      tv?.datCaoManHinh(net());
+      if (soNguoi() === 0) tv?.datCaoManHinh(net());
+      ve.lai();
     }, 'change');
     khi('hien-hinh', () => {
       kho.ghi('hienHinh', $('hien-hinh').checked ? '1' : '0', TvKho.QUA_CONG);
@@ -98,12 +104,13 @@ export function taoManHinh({ tv, van, kho, ve, chia }) {
     const tinh = chia.tinh();
     veDanhSach();
     veTinh(tinh);
-    hinh.mo(tinh === 'chia' ? tv.manHinh.duongDan : '');
+    hinh.mo(tinh === 'chia' && soNguoi() === 0 ? tv.manHinh.duongDan : '');
     veHinh();
     veNut(tinh);
   });
 
   return {
+    net, so,
     batDauDo: () => { if (tv) doDanhSach(DO_LAI_DAU); },
     veChu: () => dienNet((cao) => van.chu('man.netMuc', { cao })),
   };

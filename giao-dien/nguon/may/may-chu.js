@@ -3,7 +3,7 @@ import { $, khi } from '../chung/trang.js';
 const VE_SAU = 1500; // ms without a share before the page leaves it for the server
 
 // The server as the host sees it: lost, back, or never there because this is the packaged copy of the page.
-export function taoMayChu({ tv, ve, chia }) {
+export function taoMayChu({ tv, ve, chia, soNguoi }) {
   let dangChia = false; // as of the last look
   let goiKem = null; // served by the packaged interface; null until known
   let matKetNoi = false;
@@ -17,7 +17,7 @@ export function taoMayChu({ tv, ve, chia }) {
   }
 
   function veKhiRanh() {
-    if (choVe && chia.tinh() === 'nghi') veMayChu();
+    if (choVe && chia.tinh() === 'nghi' && soNguoi() === 0) veMayChu();
   }
 
   // The packaged interface puts a substitute without a server in the socket client's place and names it by this code.

@@ -9,6 +9,7 @@
 #include <QTimer>
 #include <csignal>
 #include <cstdio>
+#include <cstring>
 
 #include "DieuKhienNen.hpp"
 #include "ManHinhNen.hpp"
@@ -30,6 +31,23 @@ bool hopCatDungDuoc() {
         "QTWEBENGINE_DISABLE_SANDBOX=1 to run it without the sandbox.\n",
         stderr);
     return false;
+}
+
+// Two machines find each other by their addresses. In place of them the engine would offer names that only a
+// multicast resolver knows, and many networks have none. What the user asked of the engine stays.
+void datCoDongCo() {
+    constexpr const char* bien = "QTWEBENGINE_CHROMIUM_FLAGS";
+    constexpr const char* co = "--disable-features=";
+    constexpr const char* tinhNang = "WebRtcHideLocalIpsWithMdns";
+    QByteArray dat = qgetenv(bien);
+    if (dat.contains(tinhNang)) return;
+    // Of several such flags the engine follows the last one only.
+    const auto cho = dat.lastIndexOf(co);
+    if (cho >= 0)
+        dat.insert(cho + static_cast<int>(std::strlen(co)), QByteArray(tinhNang) + ',');
+    else
+        dat += QByteArray(dat.isEmpty() ? "" : " ") + co + tinhNang;
+    qputenv(bien, dat);
 }
 
 bool coManHinh() {
@@ -61,6 +79,7 @@ int& datTen(int& soThamSo) {
 std::unique_ptr<NenTang> NenTang::tao(int& soThamSo, char** thamSo) {
     if (!hopCatDungDuoc() || !coManHinh()) return nullptr;
     std::signal(SIGPIPE, SIG_IGN);
+    datCoDongCo();
     HoSoWeb::dangKyGiaoThuc();
     return std::make_unique<NenTangLinux>(soThamSo, thamSo);
 }
