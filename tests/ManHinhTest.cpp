@@ -499,7 +499,10 @@ TEST_F(ManHinhThu, batDauVaDungTrongLucKhungDenTuLuongKhac) {
     std::thread hangKhung([&] {
         while (!thoi) {
             nen.hangDoi.tien(0.1);
-            const auto nay = (std::lock_guard(khoa), dich);
+            const auto nay = [&] {
+                const std::lock_guard giu(khoa);
+                return dich;
+            }();
             if (nay) nay(std::make_unique<KhungGia>(std::string(50'000, 'k')));
             std::this_thread::yield();
         }

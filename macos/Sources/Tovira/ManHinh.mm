@@ -11,6 +11,7 @@
 #include <cmath>
 
 #include "BoThanhMac.h"
+#include "ChuMac.h"
 #include "GiuCf.h"
 #include "ManHinh.hpp"
 #include "ManHinhNen.hpp"
@@ -22,10 +23,8 @@ namespace {
 
 constexpr int maKhongCoManHinh = 2;
 
-std::string chu(NSString* s) { return s.UTF8String ? std::string(s.UTF8String) : std::string(); }
-
 Loi loiTu(NSError* loi) {
-    return {chu(loi.domain), static_cast<int>(loi.code), chu(loi.localizedDescription)};
+    return {chuCpp(loi.domain), static_cast<int>(loi.code), chuCpp(loi.localizedDescription)};
 }
 
 KhungHinh khungCua(CGDirectDisplayID ma) {
@@ -49,7 +48,7 @@ KichThuoc diemAnhCua(CGDirectDisplayID ma, const KhungHinh& khung) {
 std::string tenCua(CGDirectDisplayID ma) {
     for (NSScreen* man in NSScreen.screens) {
         NSNumber* so = man.deviceDescription[@"NSScreenNumber"];
-        if (so && so.unsignedIntValue == ma) return chu(man.localizedName);
+        if (so && so.unsignedIntValue == ma) return chuCpp(man.localizedName);
     }
     return {};
 }

@@ -29,7 +29,9 @@ class NenTuKiemMac final : public TuKiem::Nen {
         const bool co = CGGetActiveDisplayList(0, nullptr, &so) == kCGErrorSuccess && so > 0;
         return co ? "" : "không có màn hình nào đang bật";
     }
-    std::string lyDoKhongDieuKhien() override { return AXIsProcessTrusted() ? "" : "chưa được cấp quyền Trợ năng"; }
+    std::string lyDoKhongDieuKhien() override {
+        return AXIsProcessTrusted() ? "" : "chưa được cấp quyền Trợ năng";
+    }
     std::string lyDoKhongGhi() override {
         return CGPreflightScreenCaptureAccess() ? "" : "chưa được cấp quyền Ghi màn hình";
     }
