@@ -47,7 +47,8 @@ export function layVoHuong() {
 
 export const nhanDiem = (y, diem) => diem.multiply(docVoHuong(y)).toBytes();
 
-// y times the element that x encodes, or null where x encodes none or the neutral one (also where the product is it).
+// y times the element that x encodes, or null where x encodes none or the neutral one (in a group of prime
+// order only that one has a neutral product).
 export function nhanKiem(y, x) {
   let diem;
   try {
@@ -55,7 +56,6 @@ export function nhanKiem(y, x) {
   } catch {
     return null;
   }
-  if (diem.is0()) return null;
   const tich = diem.multiply(docVoHuong(y));
   return tich.is0() ? null : tich.toBytes();
 }
