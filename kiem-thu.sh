@@ -14,7 +14,7 @@ preset=${1:-$macDinh}
 noi "Configuring ($preset)"
 nhatKy=$(mktemp)
 trap 'rm -f "$nhatKy"' EXIT
-cmake --preset "$preset" >"$nhatKy" 2>&1 || { cat "$nhatKy"; exit 1; }
+cmake --preset "$preset" -DTOVIRA_KIEM_THU=ON >"$nhatKy" 2>&1 || { cat "$nhatKy"; exit 1; }
 noi "Building"
 cmake --build "build/$preset" >"$nhatKy" 2>&1 || { cat "$nhatKy"; exit 1; }
 # Containers run as root, where the web engine cannot start its sandbox; only the tests' pages run there.
@@ -23,4 +23,4 @@ if [ "$(id -u)" -eq 0 ]; then
     export QTWEBENGINE_DISABLE_SANDBOX=1
 fi
 noi "Testing"
-ctest --test-dir "build/$preset" --output-on-failure -j "$(getconf _NPROCESSORS_ONLN)"
+ctest --test-dir "build/$preset" --no-tests=error --output-on-failure -j "$(getconf _NPROCESSORS_ONLN)"
