@@ -3,6 +3,7 @@
 
 #include <stdlib.h>
 
+#include <array>
 #include <cstdint>
 #include <filesystem>
 #include <string>
@@ -50,7 +51,7 @@ void thu(const San& san, ThuMucNhan::SoNoi soNoi, std::string_view duong) {
     if (dich) {
         TOVIRA_BUOC(tachDuongNhan(duong).has_value());
         TOVIRA_BUOC(dich->ten == tachDuongNhan(duong)->back());
-        if (thuMuc.ghi(*dich, std::as_bytes(std::span("x", 1)))) {
+        if (thuMuc.ghi(*dich, std::array{std::as_bytes(std::span("x", 1))})) {
             fs::path toi = san.goc();
             for (const std::string& ten : dich->cha)
                 toi /= ten;

@@ -2,7 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <deque>
+#include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -10,90 +11,159 @@ using tovira::KhoDem;
 
 namespace {
 
-constexpr std::size_t mega = std::size_t{1} << 20;
+constexpr std::size_t mega = KhoDem::dayManh;
 
-// Borrows and notes who got what, in order.
+// Bodies by name, and how many bytes each piece that they were lent has.
 struct Nguoi {
     explicit Nguoi(std::size_t toiDa) : kho(toiDa) {}
-    ~Nguoi() {
-        while (!giu.empty())
-            tra();
-    }
-    void muon(std::size_t dai) {
-        kho.muon(dai, [this](KhoDem::Dem dem) {
-            nhan.push_back(dem.vung().size());
-            giu.push_back(std::move(dem));
+    void den(char ten, std::size_t dai) { than[ten] = kho.moThan(dai); }
+    void xin(char ten) {
+        than[ten]->xinManh([this, ten](std::span<std::byte> cho) {
+            nhan += ten;
+            dai.push_back(cho.size());
         });
     }
-    // Gives the oldest loan back, which may bring in the next one.
-    void tra() {
-        const KhoDem::Dem cu = std::move(giu.front());
-        giu.pop_front();
-    }
+    void di(char ten) { than.erase(ten); }
+
     KhoDem kho;
-    std::vector<std::size_t> nhan;
-    std::deque<KhoDem::Dem> giu;
+    std::string nhan;
+    std::vector<std::size_t> dai;
+    std::map<char, std::unique_ptr<KhoDem::Than>> than;
 };
 
 }  // namespace
 
-TEST(KhoDem, quaMucThiChoTheoThuTu) {
-    Nguoi n(10);
-    n.muon(6);
-    n.muon(5);
-    n.muon(1);  // would fit, but it is not its turn
-    EXPECT_EQ(n.nhan, (std::vector<std::size_t>{6}));
-    EXPECT_EQ(n.kho.soDangCho(), 2U);
-    n.tra();
-    EXPECT_EQ(n.nhan, (std::vector<std::size_t>{6, 5, 1}));
-    EXPECT_EQ(n.kho.dangGiu(), 6U);
-    n.muon(10);
-    n.tra();
-    EXPECT_EQ(n.nhan.size(), 3U);
-    n.tra();
-    EXPECT_EQ(n.nhan.back(), 10U);
-    EXPECT_EQ(n.kho.dangGiu(), 10U);
+TEST(KhoDem, tungManhChoDenHetThan) {
+    Nguoi n(4 * mega);
+    n.den('a', 2 * mega + 7);
+    EXPECT_EQ(n.kho.dangGiu(), 0U);  // nothing has come yet
+    for (int i = 0; i < 3; ++i)
+        n.xin('a');
+    EXPECT_EQ(n.dai, (std::vector<std::size_t>{mega, mega, 7}));
+    EXPECT_EQ(n.kho.dangGiu(), 3 * mega);
+    n.den('b', 100);
+    n.xin('b');
+    EXPECT_EQ(n.dai.back(), 100U);
+    EXPECT_EQ(n.kho.dangGiu(), 3 * mega + 100);
 }
 
-TEST(KhoDem, doLonDuocDungLai) {
-    Nguoi n(8 * mega);
-    n.muon(4 * mega);
-    const auto* cho = n.giu.front().vung().data();
-    n.tra();
-    EXPECT_EQ(n.kho.dangGiu(), 4 * mega);  // kept
-    n.muon(3 * mega);
-    EXPECT_EQ(n.giu.front().vung().data(), cho);
-    EXPECT_EQ(n.giu.front().vung().size(), 3 * mega);
-    n.muon(4 * mega);  // beside it
-    EXPECT_EQ(n.kho.dangGiu(), 8 * mega);
-    n.tra();
-    n.tra();
-    EXPECT_EQ(n.kho.dangGiu(), 4 * mega);  // one is kept, not two
+TEST(KhoDem, manhDuocDungLaiNhuongChoThanNho) {
+    Nguoi n(2 * mega);
+    n.den('a', 2 * mega);
+    n.xin('a');
+    n.xin('a');
+    const auto* cho = n.than['a']->cacManh()[1].data();
+    n.di('a');
+    EXPECT_EQ(n.kho.dangGiu(), 2 * mega);  // kept
+    n.den('b', mega);
+    n.xin('b');
+    EXPECT_EQ(n.than['b']->cacManh()[0].data(), cho);
+    EXPECT_EQ(n.kho.dangGiu(), 2 * mega);
+    n.den('c', 100);  // the cap leaves no room beside what is kept
+    n.xin('c');
+    EXPECT_EQ(n.kho.dangGiu(), mega + 100);
+    n.di('b');
+    n.di('c');
+    EXPECT_EQ(n.kho.dangGiu(), mega);
     n.kho.buong();
     EXPECT_EQ(n.kho.dangGiu(), 0U);
 }
 
-TEST(KhoDem, doDanhSanNhuongChoDoVua) {
-    Nguoi n(8 * mega);
-    n.muon(4 * mega);
-    n.tra();
-    n.muon(8 * mega);  // fits only without what was kept
-    EXPECT_EQ(n.nhan.back(), 8 * mega);
-    EXPECT_EQ(n.kho.dangGiu(), 8 * mega);
-    n.tra();
-    n.muon(100);  // small: the cap leaves no room beside what was kept
-    EXPECT_EQ(n.nhan.back(), 100U);
-    EXPECT_EQ(n.kho.dangGiu(), 100U);
+TEST(KhoDem, chiGiuLaiCoMuc) {
+    Nguoi n(100 * mega);
+    for (const char ten : {'a', 'b'}) {
+        n.den(ten, 50 * mega);
+        for (int i = 0; i < 50; ++i)
+            n.xin(ten);
+    }
+    n.di('a');
+    n.di('b');
+    EXPECT_EQ(n.kho.dangGiu(), 64 * mega);
+}
+
+TEST(KhoDem, khongChoManhMaNguoiKhacCanDeXong) {
+    Nguoi n(4 * mega);
+    n.den('a', 3 * mega);
+    n.den('b', 3 * mega);
+    for (const char ten : {'a', 'a', 'b'})
+        n.xin(ten);
+    n.xin('b');  // there is room, but then neither could finish
+    EXPECT_EQ(n.nhan, "aab");
+    n.den('c', 100);
+    n.xin('c');  // asks for no more than it gives back
+    n.xin('a');
+    EXPECT_EQ(n.nhan, "aabc");
+    n.di('c');
+    EXPECT_EQ(n.nhan, "aabca");
+    n.di('a');
+    EXPECT_EQ(n.nhan, "aabcab");
+    EXPECT_EQ(n.kho.soDangCho(), 0U);
+}
+
+TEST(KhoDem, thoiChoThiKhongDuocGoi) {
+    Nguoi n(mega);
+    n.den('a', mega);
+    n.xin('a');
+    for (const char ten : {'b', 'c', 'd'}) {
+        n.den(ten, mega);
+        n.xin(ten);
+        EXPECT_TRUE(n.than[ten]->dangCho());
+    }
+    n.than['b']->thoiCho();
+    n.di('c');
+    n.di('a');
+    EXPECT_EQ(n.nhan, "ad");
 }
 
 TEST(KhoDem, nguoiDuocPhatTraNgayThiDenLuotNguoiSau) {
-    KhoDem kho(10);
+    KhoDem kho(mega);
     std::string thuTu;
-    KhoDem::Dem dau;
-    kho.muon(10, [&](KhoDem::Dem dem) { dau = std::move(dem); });
-    for (char ten = 'a'; ten < 'e'; ++ten)
-        kho.muon(7, [&, ten](const KhoDem::Dem&) { thuTu += ten; });
-    dau = {};
+    auto dau = kho.moThan(mega);
+    dau->xinManh([](auto) {});
+    std::map<char, std::unique_ptr<KhoDem::Than>> than;
+    for (char ten = 'a'; ten < 'e'; ++ten) {
+        than[ten] = kho.moThan(mega);
+        than[ten]->xinManh([&, ten](auto) {
+            thuTu += ten;
+            than.erase(ten);
+        });
+    }
+    dau.reset();
     EXPECT_EQ(thuTu, "abcd");
+    kho.buong();
     EXPECT_EQ(kho.dangGiu(), 0U);
+}
+
+// Whoever comes with how much, and in whatever order they ask: all get to their end, within the cap.
+TEST(KhoDem, khongBaoGioKetCung) {
+    unsigned hat = 1;
+    const auto boc = [&hat](std::size_t den) { return (hat = hat * 1664525 + 1013904223) / 65536 % den; };
+    constexpr std::size_t toiDa = 8 * mega;
+    std::size_t soLanCho = 0;
+    for (int vong = 0; vong < 300; ++vong) {
+        KhoDem kho(toiDa);
+        std::vector<std::unique_ptr<KhoDem::Than>> than;
+        std::vector<std::size_t> thieu;
+        for (int i = 0; i < 12; ++i) {
+            thieu.push_back(boc(4) == 0 ? 1 + boc(1000) : 1 + boc(8 * mega / 65536) * 65536);
+            than.push_back(kho.moThan(thieu.back()));
+        }
+        for (std::size_t con = than.size(); con > 0;) {
+            std::vector<std::size_t> ranh;
+            for (std::size_t i = 0; i < than.size(); ++i) {
+                if (than[i] && !than[i]->dangCho()) ranh.push_back(i);
+            }
+            ASSERT_FALSE(ranh.empty()) << "everybody waits for everybody";
+            const std::size_t i = ranh[boc(ranh.size())];
+            if (thieu[i] == 0) {
+                than[i].reset();
+                --con;
+                continue;
+            }
+            than[i]->xinManh([&thieu, i](std::span<std::byte> cho) { thieu[i] -= cho.size(); });
+            soLanCho += than[i]->dangCho() ? 1 : 0;
+            ASSERT_LE(kho.dangGiu(), toiDa);
+        }
+    }
+    EXPECT_GT(soLanCho, 1000U);
 }

@@ -1,9 +1,14 @@
 #include "ThuMucNhan.hpp"
 
+#include <dlfcn.h>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
+#include <array>
+#include <cerrno>
 #include <csignal>
+#include <cstdarg>
 
 #include "gia/ThuMucTam.hpp"
 
@@ -15,19 +20,63 @@ using gia::lietKe;
 using CacTen = std::set<std::string>;
 using SoNoi = ThuMucNhan::SoNoi;
 
+// What the system answers, on this thread, to calls of the code under test: an errno, or 0 for its own
+// answer.
+namespace heThong {
+struct Loi {
+    int fsync = 0;
+    int linkat = 0;
+    int tepVoDanh = 0;  // making a file without a name, as on many file systems
+};
+thread_local Loi loi;
+
+template <class Ham, class... ThamSo>
+int goi(Ham* /*kieu*/, const char* ten, int loiDat, ThamSo... thamSo) {
+    if (loiDat == 0) return reinterpret_cast<Ham*>(::dlsym(RTLD_NEXT, ten))(thamSo...);
+    errno = loiDat;
+    return -1;
+}
+}  // namespace heThong
+
+#if defined(O_TMPFILE)
+constexpr int taoVoDanh = O_TMPFILE;
+#else
+constexpr int taoVoDanh = O_CREAT | O_DIRECTORY;  // no system takes both
+#endif
+
+extern "C" {
+int fsync(int tep) {
+    return heThong::goi(&fsync, "fsync", heThong::loi.fsync, tep);
+}
+int linkat(int tu, const char* cu, int den, const char* moi, int co) noexcept {
+    return heThong::goi(&linkat, "linkat", heThong::loi.linkat, tu, cu, den, moi, co);
+}
+int openat(int thuMuc, const char* duong, int co, ...) {
+    std::va_list them;
+    va_start(them, co);
+    const unsigned quyen = (co & O_CREAT) != 0 || (co & taoVoDanh) == taoVoDanh ? va_arg(them, unsigned) : 0;
+    va_end(them);
+    const int loi = (co & taoVoDanh) == taoVoDanh ? heThong::loi.tepVoDanh : 0;
+    return heThong::goi(&openat, "openat", loi, thuMuc, duong, co, quyen);
+}
+}
+
 namespace {
 
 std::span<const std::byte> byte(std::string_view chu) {
     return std::as_bytes(std::span(chu.data(), chu.size()));
 }
 
-// A folder to receive into and one beside it that nothing may reach.
+// A folder to receive into and one beside it that nothing may reach. Compared by identity, it also lies on a
+// file system that knows no file without a name.
 class ThuMucNhanTest : public testing::TestWithParam<SoNoi> {
   protected:
     ThuMucNhanTest() {
         fs::create_directories(goc);
         fs::create_directories(ngoai);
+        if (GetParam() == SoNoi::theoMaTep) heThong::loi.tepVoDanh = EOPNOTSUPP;
     }
+    ~ThuMucNhanTest() override { heThong::loi = {}; }
 
     ThuMucNhan mo() { return ThuMucNhan(goc.string(), ThuMucNhan::DoBen::tuyHeThong, GetParam()); }
 
@@ -36,7 +85,7 @@ class ThuMucNhanTest : public testing::TestWithParam<SoNoi> {
     static Ra dat(ThuMucNhan& thuMuc, std::string_view duong, std::string_view noiDung = "x") {
         const auto dich = thuMuc.giaiDuongDan(duong);
         Ra ra = Ra::duongXau;
-        if (dich) ra = thuMuc.ghi(*dich, byte(noiDung)) ? Ra::duoc : Ra::hong;
+        if (dich) ra = thuMuc.ghi(*dich, std::array{byte(noiDung)}) ? Ra::duoc : Ra::hong;
         EXPECT_EQ(thuMuc.nhan(duong, byte(noiDung)), ra) << duong;
         return ra;
     }
@@ -169,7 +218,7 @@ TEST_P(ThuMucNhanTest, hongThiKhongDeLaiGi) {
          {std::string("là thư mục"), ratDai, "mới/cũng mới/" + ratDai, ratDai + "/a", "mới/" + ratDai + "/a"})
         EXPECT_EQ(dat(duong), Ra::hong) << duong;
     EXPECT_EQ(lietKe(goc), truoc);
-    // A disk that is full in the middle of the file.
+    // A limit reached in the middle of the file.
     rlimit cu{};
     ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &cu), 0);
     const auto xuLyCu = std::signal(SIGXFSZ, SIG_IGN);
@@ -183,16 +232,55 @@ TEST_P(ThuMucNhanTest, hongThiKhongDeLaiGi) {
     EXPECT_EQ(lietKe(goc), truoc);
 }
 
+// What the disk has no room for may be found out at any of the steps.
+TEST_P(ThuMucNhanTest, diaDayHayHongKhongDeLaiGi) {
+    ghiTep(goc / "cũ", "nguyên");
+    ThuMucNhan thuMuc(goc.string(), ThuMucNhan::DoBen::xuongDia, GetParam());
+    const auto dayNgay = [](int tep) {
+        const SoTep day(::open("/dev/full", O_WRONLY | O_CLOEXEC));
+        ASSERT_EQ(::dup2(day.so(), tep), tep);
+    };
+    for (const char* duong : {"cũ", "mới/thêm/tệp"}) {
+        EXPECT_EQ(thuMuc.nhan(duong, byte("x"), dayNgay), Ra::hong);
+        for (const int loi : {ENOSPC, EDQUOT, EIO}) {
+            heThong::loi.fsync = loi;
+            EXPECT_EQ(thuMuc.nhan(duong, byte("x")), Ra::hong) << loi;
+            heThong::loi.fsync = 0;
+            heThong::loi.linkat = loi;
+            if (heThong::loi.tepVoDanh == 0) {
+                EXPECT_EQ(thuMuc.nhan(duong, byte("x")), Ra::hong) << loi;
+            }
+            heThong::loi.linkat = 0;
+        }
+    }
+    EXPECT_EQ(lietKe(goc), CacTen{"cũ"});
+    EXPECT_EQ(docTep(goc / "cũ"), "nguyên");
+    // A file system that cannot flush, a system that does not let a file be named afterwards: no failure.
+    heThong::loi.fsync = EINVAL;
+    heThong::loi.linkat = EPERM;
+    EXPECT_EQ(thuMuc.nhan("cũ", byte("mới")), Ra::duoc);
+    EXPECT_EQ(docTep(goc / "cũ"), "mới");
+    EXPECT_EQ(lietKe(goc), CacTen{"cũ"});
+}
+
 TEST_P(ThuMucNhanTest, dauHieuTruocByteDauTien) {
     ThuMucNhan thuMuc = mo();
     const auto dich = thuMuc.giaiDuongDan("a");
     ASSERT_TRUE(dich);
     off_t dai = -1;
-    EXPECT_TRUE(thuMuc.ghi(*dich, byte("xyz"), [&](int tep) {
+    CacTen coGi;
+    EXPECT_TRUE(thuMuc.ghi(*dich, std::array{byte("x"), byte(""), byte("yz")}, [&](int tep) {
         dai = ::lseek(tep, 0, SEEK_END);
-        EXPECT_FALSE(fs::exists(goc / "a"));
+        coGi = lietKe(goc);
     }));
     EXPECT_EQ(dai, 0);
+    EXPECT_FALSE(coGi.contains("a"));
+#if defined(O_TMPFILE)
+    // A process that is killed now leaves nothing.
+    if (heThong::loi.tepVoDanh == 0 && SoTep(::open(goc.c_str(), O_TMPFILE | O_WRONLY, 0600))) {
+        EXPECT_EQ(coGi, CacTen{});
+    }
+#endif
     EXPECT_EQ(docTep(goc / "a"), "xyz");
 }
 
@@ -205,7 +293,7 @@ TEST_P(ThuMucNhanTest, doiRuotSauKhiXetKhongDanRaNgoai) {
     fs::rename(goc / "a", goc / "a cũ");
     fs::create_directories(ngoai / "b");
     fs::create_symlink(ngoai, goc / "a");
-    EXPECT_FALSE(thuMuc.ghi(*dich, byte("x")));
+    EXPECT_FALSE(thuMuc.ghi(*dich, std::array{byte("x")}));
     EXPECT_EQ(lietKe(ngoai), CacTen{"b"});
     EXPECT_EQ(dat(thuMuc, "a/b/tệp"), Ra::duongXau);
 }
@@ -240,7 +328,7 @@ TEST(ThuMucNhan, gocDuocGiaiLienKet) {
     ThuMucNhan caMay("/", ThuMucNhan::DoBen::tuyHeThong);
     const auto dich = caMay.giaiDuongDan(std::string(tam / "thật/a").substr(1));
     ASSERT_TRUE(dich);
-    EXPECT_TRUE(caMay.ghi(*dich, byte("x")));
+    EXPECT_TRUE(caMay.ghi(*dich, std::array{byte("x")}));
     EXPECT_EQ(lietKe(tam / "thật"), CacTen{"a"});
     EXPECT_TRUE(caMay.giaiDuongDan(std::string(tam / "tên khác/b").substr(1)));
 }
@@ -250,6 +338,6 @@ TEST(ThuMucNhan, doBenXuongDiaCungGhiDuoc) {
     ThuMucNhan thuMuc(tam.duong().string());
     const auto dich = thuMuc.giaiDuongDan("a/b/c");
     ASSERT_TRUE(dich);
-    EXPECT_TRUE(thuMuc.ghi(*dich, byte("bền")));
+    EXPECT_TRUE(thuMuc.ghi(*dich, std::array{byte("bền")}));
     EXPECT_EQ(docTep(tam / "a/b/c"), "bền");
 }

@@ -55,6 +55,13 @@ class KhachThu {
 
     void dong() { so_.close(); }
 
+    // Closes with a reset.
+    void datLai() {
+        asio::error_code loi;
+        so_.set_option(asio::socket_base::linger(true, 0), loi);
+        so_.close(loi);
+    }
+
     // Adds what comes next to `daDoc`.
     Doc docThem(int miliGiay = 20'000) {
         pollfd cho{so(), POLLIN, 0};

@@ -54,6 +54,12 @@ class KetNoi {
     // From now on drops whatever the peer sends, a bounded amount at a time, and calls `khiMat` once when the
     // peer is gone. Reading is the only way to learn that while nothing is sent. Not called after huy.
     virtual void theoDoi(std::function<void()> khiMat) = 0;
+    enum class ThoiCanh : std::uint8_t { mat, quaHan };
+    using KhiThoiCanh = std::function<void(ThoiCanh)>;
+    // Leaves what the peer sends unread and calls `xong` once, when the peer has finished or gone, or after
+    // `han`. An end that the peer's own unread bytes hold back is seen only by reading on. Not called after
+    // huy or the next doc.
+    virtual void canh(std::chrono::milliseconds han, KhiThoiCanh xong) = 0;
     // Closes now. Harmless when closed.
     virtual void huy() = 0;
 };
@@ -115,7 +121,6 @@ class LangNghe {
 
   private:
     struct Ruot;
-    class KetNoiTcp;
     // Is there a queue, and is the caller not on it?
     [[nodiscard]] bool coHang() const;
     std::unique_ptr<Ruot> ruot_;

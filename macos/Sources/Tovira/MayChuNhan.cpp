@@ -21,12 +21,16 @@ namespace {
 constexpr std::size_t soByteBiMat = 24;
 constexpr std::int64_t toiDaThan = 67108864;
 constexpr std::size_t moiLanDocThan = 262144;
+// Bytes in a second. A page on this machine brings a thousand times as many; who brings fewer keeps memory
+// only as long as nobody waits for it.
+constexpr std::int64_t chamNhatKhiCoNguoiCho = std::int64_t{1} << 20;
 constexpr LuatDau luatDau{16384, 65536, LuatDau::Luc::truocKhiDoc};
 
 constexpr const char* loiHuy = "huy";
 constexpr const char* loiKhongCon = "khong-con";
 
 using Noi = std::shared_ptr<KetNoi>;
+using DongHo = std::chrono::steady_clock;
 
 // One time that a folder is open.
 struct Luot {
@@ -50,14 +54,22 @@ struct MayChuNhan::Ruot {
         Noi noi;
         std::shared_ptr<Luot> luot;
         ThuMucNhan::Dich dich;
-        KhoDem::Dem dem;
-        std::size_t daCo = 0;
+        std::unique_ptr<KhoDem::Than> than;
+        std::size_t conThieu = 0;           // bytes that have not come yet
+        std::span<const std::byte> thua{};  // what came with the head, until it has its place
+        std::vector<std::byte> giuThua{};   // holds that while there is none
+        std::span<std::byte> cho{};         // the rest of the last piece
+        std::int64_t daDoc = 0;
+        DongHo::duration lucDoc{};  // spent on reading that
     };
     using Nhan = std::shared_ptr<DangNhan>;
 
     void xuLy(const Noi& noi, std::string_view phanDau, std::span<const std::byte> thanDaCo);
-    void nhanThan(Nhan nhan, std::size_t doDai, std::span<const std::byte> thanDaCo);
+    void nhanThan(const Nhan& nhan);
+    void xinCho(const Nhan& nhan);
     void docThan(const Nhan& nhan);
+    void khiDocThan(const Nhan& nhan, std::size_t so);
+    [[nodiscard]] bool nenNhuong(const DangNhan& nhan) const;
     void traKetCuc(const Noi& noi, ThuMucNhan::KetCuc ketCuc);
     void tra(const Noi& noi, TrangThaiNhan trangThai) const {
         noi->traRoiDong(cauTraNhan(trangThai, gocMayChu));
@@ -98,31 +110,63 @@ void MayChuNhan::Ruot::xuLy(const Noi& noi, std::string_view phanDau, std::span<
     auto dich = nay->thuMuc.giaiDuongDan(yeuCau.duong);
     if (!dich) return tra(noi, TrangThaiNhan::yeuCauHong);
     if (yeuCau.doDai < 0 || yeuCau.doDai > toiDaThan) return tra(noi, TrangThaiNhan::thanQuaDai);
-    nhanThan(std::make_shared<DangNhan>(DangNhan{noi, nay, std::move(*dich), {}}),
-             static_cast<std::size_t>(yeuCau.doDai), thanDaCo);
+    const auto doDai = static_cast<std::size_t>(yeuCau.doDai);
+    nhanThan(
+        std::make_shared<DangNhan>(DangNhan{noi, nay, std::move(*dich), kho.moThan(doDai), doDai, thanDaCo}));
 }
 
-void MayChuNhan::Ruot::nhanThan(Nhan nhan, std::size_t doDai, std::span<const std::byte> thanDaCo) {
-    std::vector<std::byte> phanDau(thanDaCo.begin(), thanDaCo.end());
-    kho.muon(doDai, [this, nhan = std::move(nhan), phanDau = std::move(phanDau)](KhoDem::Dem dem) {
-        if (dem.vung().empty()) return tra(nhan->noi, TrangThaiNhan::loiMayChu);
-        nhan->dem = std::move(dem);
-        std::copy(phanDau.begin(), phanDau.end(), nhan->dem.vung().begin());
-        nhan->daCo = phanDau.size();
+void MayChuNhan::Ruot::nhanThan(const Nhan& nhan) {
+    xinCho(nhan);
+    if (!nhan->than->dangCho()) return;
+    nhan->giuThua.assign(nhan->thua.begin(), nhan->thua.end());
+    nhan->thua = nhan->giuThua;
+}
+
+// Asks for the next piece and goes on reading; waits for it with an eye on the peer.
+void MayChuNhan::Ruot::xinCho(const Nhan& nhan) {
+    nhan->than->xinManh([this, nhan](std::span<std::byte> cho) {
+        if (cho.empty()) return tra(nhan->noi, TrangThaiNhan::loiMayChu);
+        std::copy(nhan->thua.begin(), nhan->thua.end(), cho.begin());
+        nhan->cho = cho.subspan(nhan->thua.size());
+        nhan->conThieu -= nhan->thua.size();
+        nhan->thua = {};
+        nhan->giuThua = {};
         docThan(nhan);
+    });
+    if (!nhan->than->dangCho()) return;
+    nhan->noi->canh(cauHinh.hanCho, [this, nhan](KetNoi::ThoiCanh viSao) {
+        nhan->than->thoiCho();
+        if (viSao == KetNoi::ThoiCanh::mat) return nhan->noi->huy();
+        tra(nhan->noi, TrangThaiNhan::loiMayChu);
     });
 }
 
 void MayChuNhan::Ruot::docThan(const Nhan& nhan) {
-    const auto con = nhan->dem.vung().subspan(nhan->daCo);
-    nhan->noi->doc(con.first(std::min(con.size(), moiLanDocThan)), cauHinh.hanIm,
-                   [this, nhan](std::size_t so) {
-                       if (so == 0) return nhan->noi->huy();
-                       nhan->daCo += so;
-                       if (nhan->daCo < nhan->dem.vung().size()) return docThan(nhan);
-                       const bool duoc = nhan->luot->thuMuc.ghi(nhan->dich, nhan->dem.vung(), danhDau);
-                       traKetCuc(nhan->noi, duoc ? ThuMucNhan::KetCuc::duoc : ThuMucNhan::KetCuc::hong);
+    nhan->noi->doc(nhan->cho.first(std::min(nhan->cho.size(), moiLanDocThan)), cauHinh.hanIm,
+                   [this, nhan, tu = DongHo::now()](std::size_t so) {
+                       nhan->lucDoc += DongHo::now() - tu;
+                       khiDocThan(nhan, so);
                    });
+}
+
+void MayChuNhan::Ruot::khiDocThan(const Nhan& nhan, std::size_t so) {
+    if (so == 0) return nhan->noi->huy();
+    nhan->daDoc += static_cast<std::int64_t>(so);
+    nhan->conThieu -= so;
+    nhan->cho = nhan->cho.subspan(so);
+    if (nhan->conThieu == 0) {
+        const bool duoc = nhan->luot->thuMuc.ghi(nhan->dich, nhan->than->cacManh(), danhDau);
+        return traKetCuc(nhan->noi, duoc ? ThuMucNhan::KetCuc::duoc : ThuMucNhan::KetCuc::hong);
+    }
+    if (nenNhuong(*nhan)) return nhan->noi->huy();
+    if (nhan->cho.empty()) return xinCho(nhan);
+    docThan(nhan);
+}
+
+// Does somebody wait for memory that a sender holds who, silence allowed for once, is too slow?
+bool MayChuNhan::Ruot::nenNhuong(const DangNhan& nhan) const {
+    const auto duocPhep = cauHinh.hanIm + std::chrono::seconds(nhan.daDoc / chamNhatKhiCoNguoiCho);
+    return kho.soDangCho() > 0 && nhan.lucDoc > duocPhep;
 }
 
 void MayChuNhan::Ruot::traKetCuc(const Noi& noi, ThuMucNhan::KetCuc ketCuc) {
@@ -145,38 +189,46 @@ MayChuNhan::MayChuNhan(Nen& nen, TepNguoiDung& tep, VongLap& vongLap, std::strin
 MayChuNhan::~MayChuNhan() = default;
 
 void MayChuNhan::chonThuMuc(std::function<void(TraLoi)> xong) {
-    hoiThuMuc([this, xong = std::move(xong)](const std::optional<std::string>& duong) {
+    hoiThuMuc(ViecHoi::moRoiNhan, [this, xong = std::move(xong)](const std::optional<std::string>& duong) {
         xong(duong ? moRoiTraLoi(*duong) : TraLoi{"", 0, "", loiHuy});
     });
 }
 
 void MayChuNhan::chiChonThuMuc(std::function<void(std::string duong, std::string loi)> xong) {
-    hoiThuMuc([xong = std::move(xong)](const std::optional<std::string>& duong) {
+    hoiThuMuc(ViecHoi::chiChon, [xong = std::move(xong)](const std::optional<std::string>& duong) {
         xong(duong.value_or(""), duong ? "" : loiHuy);
     });
 }
 
-void MayChuNhan::hoiThuMuc(KhiChon xong) {
-    vongLap_.chay([yeu = std::weak_ptr(conSong_), xong = std::move(xong)]() mutable {
+// A page that asks again while the answer is open has forgotten what it asked before.
+void MayChuNhan::hoiThuMuc(ViecHoi viec, KhiChon xong) {
+    vongLap_.chay([yeu = std::weak_ptr(conSong_), viec, xong = std::move(xong)]() mutable {
         const auto con = yeu.lock();
         if (!con) return;
-        MayChuNhan& toi = **con;
-        toi.choHoi_.push_back(std::move(xong));
-        if (toi.choHoi_.size() == 1) toi.hoiTiep();
+        auto& cho = (*con)->choHoi_;
+        const auto cu =
+            std::find_if(cho.begin(), cho.end(), [viec](const auto& h) { return h.viec == viec; });
+        if (cu != cho.end()) {
+            std::swap(cu->xong, xong);
+            return xong(std::nullopt);
+        }
+        cho.push_back({viec, std::move(xong)});
+        if (!(*con)->dangHoi_) (*con)->hoiTiep();
     });
 }
 
 void MayChuNhan::hoiTiep() {
+    dangHoi_ = std::move(choHoi_.front().xong);
+    choHoi_.pop_front();
     nen_.hoiThuMuc({"Chọn thư mục", "Chọn thư mục để lưu các tệp nhận được"},
                    [yeu = std::weak_ptr(conSong_)](std::optional<std::string> duong) {
                        const auto con = yeu.lock();
                        if (!con) return;
                        MayChuNhan& toi = **con;
                        // The answer may ask again: by then this panel counts as closed.
-                       const KhiChon xong = std::move(toi.choHoi_.front());
-                       toi.choHoi_.pop_front();
+                       const KhiChon xong = std::exchange(toi.dangHoi_, nullptr);
                        xong(std::move(duong));
-                       if (!toi.choHoi_.empty()) toi.hoiTiep();
+                       if (!toi.dangHoi_ && !toi.choHoi_.empty()) toi.hoiTiep();
                    });
 }
 

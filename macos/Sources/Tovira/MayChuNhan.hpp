@@ -40,6 +40,7 @@ class MayChuNhan final : public Cau::NhanTep, public CoChung<MayChuNhan> {
     struct CauHinh {
         std::size_t toiDaDem = std::size_t{512} << 20;  // bytes of bodies held at a time; at least one body
         std::chrono::milliseconds hanIm{60'000};        // of silence within a body
+        std::chrono::milliseconds hanCho{180'000};      // of waiting for memory
         ThuMucNhan::DoBen doBen = ThuMucNhan::DoBen::xuongDia;
     };
 
@@ -51,7 +52,8 @@ class MayChuNhan final : public Cau::NhanTep, public CoChung<MayChuNhan> {
     MayChuNhan(const MayChuNhan&) = delete;
     MayChuNhan& operator=(const MayChuNhan&) = delete;
 
-    // The panels open later, from the main queue, one after the other.
+    // The panels open later, from the main queue, one after the other. While one is open, one request of each
+    // kind waits for its turn; a newer one takes its place, and the older one is answered as given up.
     void chonThuMuc(std::function<void(TraLoi)> xong) override;
     void chiChonThuMuc(std::function<void(std::string duong, std::string loi)> xong) override;
     void moTaiDuong(const std::string& duong, std::function<void(TraLoi)> xong) override;
@@ -79,15 +81,21 @@ class MayChuNhan final : public Cau::NhanTep, public CoChung<MayChuNhan> {
 
   private:
     using KhiChon = std::function<void(std::optional<std::string>)>;
+    enum class ViecHoi : std::uint8_t { moRoiNhan, chiChon };
+    struct ChoHoi {
+        ViecHoi viec;
+        KhiChon xong;
+    };
     struct Ruot;
-    void hoiThuMuc(KhiChon xong);
+    void hoiThuMuc(ViecHoi viec, KhiChon xong);
     void hoiTiep();
     [[nodiscard]] TraLoi moRoiTraLoi(const std::string& duong);
 
     Nen& nen_;
     TepNguoiDung& tep_;
     VongLap& vongLap_;
-    std::deque<KhiChon> choHoi_;  // the first one's panel is open
+    KhiChon dangHoi_;            // its panel is open
+    std::deque<ChoHoi> choHoi_;  // one of each kind at most
     std::unique_ptr<Ruot> ruot_;
     // What is posted to the main queue must not outlive this object.
     std::shared_ptr<MayChuNhan*> conSong_ = std::make_shared<MayChuNhan*>(this);

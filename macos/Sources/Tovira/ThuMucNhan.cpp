@@ -75,24 +75,75 @@ ThuMucNhan::SoNoi cachSoNoi(const std::string& goc) {
     }
 }
 
-// A file under a name that nobody else has, until it is moved to its own.
+// A file that is nobody's until it gets its name: without any where the system has such files, so that not
+// even a killed process leaves one behind; else, and for the moment in which it replaces another, under a
+// name that nobody else has.
 class TepTam {
   public:
-    TepTam(int thuMuc, std::string ten)
-        : thuMuc_(thuMuc),
-          ten_(std::move(ten)),
-          tep_(::openat(thuMuc, ten_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666)),
-          con_(static_cast<bool>(tep_)) {}
+    enum class Kieu : std::uint8_t { khongTen, coTen };
+
+    TepTam(int thuMuc, const std::string& ten, Kieu kieu)
+        : thuMuc_(thuMuc), ten_(ten), kieu_(kieu), tep_(mo()), con_(tep_ && kieu == Kieu::coTen) {}
     ~TepTam() {
         if (con_) ::unlinkat(thuMuc_, ten_.c_str(), 0);
     }
     TepTam(const TepTam&) = delete;
     TepTam& operator=(const TepTam&) = delete;
 
-    explicit operator bool() const { return con_; }
+    explicit operator bool() const { return static_cast<bool>(tep_); }
     [[nodiscard]] int so() const { return tep_.so(); }
 
-    [[nodiscard]] bool ghiHet(std::span<const std::byte> con) const {
+    [[nodiscard]] bool ghiHet(ThuMucNhan::CacManh cacManh) const {
+        return std::all_of(cacManh.begin(), cacManh.end(), [this](auto manh) { return ghiManh(manh); });
+    }
+
+    // A file system that cannot flush is not a failure; one that could not store the bytes is.
+    [[nodiscard]] bool xuongDia() const {
+        return ::fsync(tep_.so()) == 0 || (errno != EIO && errno != ENOSPC && errno != EDQUOT);
+    }
+
+    // Gives it the name `ten`, instead of what has that name.
+    [[nodiscard]] bool doiTen(const std::string& ten) {
+        if (kieu_ == Kieu::coTen) {
+            if (!tep_.dong()) return false;
+        } else {
+            if (datTen(ten)) return true;
+            // A link never replaces anything; a move does.
+            con_ = errno == EEXIST && datTen(ten_);
+            khongDatDuoc_ = !con_ && tuChoiLienKet(errno);
+            if (!con_) return false;
+        }
+        if (::renameat(thuMuc_, ten_.c_str(), thuMuc_, ten.c_str()) != 0) return false;
+        con_ = false;
+        return true;
+    }
+
+    // Did it fail for being without a name?
+    [[nodiscard]] bool nenThuCoTen() const { return kieu_ == Kieu::khongTen && (!tep_ || khongDatDuoc_); }
+
+  private:
+    [[nodiscard]] SoTep mo() const {
+        if (kieu_ == Kieu::coTen)
+            return SoTep(
+                ::openat(thuMuc_, ten_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666));
+#if defined(O_TMPFILE)
+        return SoTep(::openat(thuMuc_, ".", O_TMPFILE | O_WRONLY | O_CLOEXEC, 0666));
+#else
+        return SoTep();
+#endif
+    }
+
+    // Is it giving names this way that the system will not have, whichever the name?
+    static bool tuChoiLienKet(int loi) {
+        return loi == ENOENT || loi == EPERM || loi == EACCES || loi == EXDEV || loi == ENOTSUP;
+    }
+
+    [[nodiscard]] bool datTen(const std::string& ten) const {
+        const std::string duong = "/proc/self/fd/" + std::to_string(tep_.so());
+        return ::linkat(AT_FDCWD, duong.c_str(), thuMuc_, ten.c_str(), AT_SYMLINK_FOLLOW) == 0;
+    }
+
+    [[nodiscard]] bool ghiManh(std::span<const std::byte> con) const {
         while (!con.empty()) {
             const ssize_t so = ::write(tep_.so(), con.data(), con.size());
             if (so < 0 && errno == EINTR) continue;
@@ -102,22 +153,12 @@ class TepTam {
         return true;
     }
 
-    // A file system that cannot flush is not a failure; one that could not store the bytes is.
-    [[nodiscard]] bool xuongDia() const {
-        return ::fsync(tep_.so()) == 0 || (errno != EIO && errno != ENOSPC && errno != EDQUOT);
-    }
-
-    [[nodiscard]] bool doiTen(const std::string& ten) {
-        if (!tep_.dong() || ::renameat(thuMuc_, ten_.c_str(), thuMuc_, ten.c_str()) != 0) return false;
-        con_ = false;
-        return true;
-    }
-
-  private:
     int thuMuc_;
-    std::string ten_;
+    const std::string& ten_;
+    Kieu kieu_;
     SoTep tep_;
-    bool con_;
+    bool con_;  // is it there under ten_?
+    bool khongDatDuoc_ = false;
 };
 
 }  // namespace
@@ -201,7 +242,7 @@ std::optional<ThuMucNhan::Dich> ThuMucNhan::giaiDuongDan(std::string_view duong)
     return Dich{std::move(*cha), std::string(cacTen->back())};
 }
 
-bool ThuMucNhan::ghi(const Dich& dich, std::span<const std::byte> than, const DanhDau& danhDau) {
+bool ThuMucNhan::ghi(const Dich& dich, CacManh than, const DanhDau& danhDau) {
     if (!tepGoc_ && !moGoc()) return false;
     DiTheoThuMuc di(tepGoc_.so(), khiTao());
     for (const std::string& ten : dich.cha) {
@@ -219,21 +260,28 @@ ThuMucNhan::KetCuc ThuMucNhan::nhan(std::string_view duong, std::span<const std:
         DiTheoThuMuc di(tepGoc_.so(), khiTao());
         const auto vao = [&di](std::string_view ten) { return di.vao(std::string(ten)); };
         if (std::all_of(cacTen->begin(), std::prev(cacTen->end()), vao))
-            return ghiO(di, std::string(cacTen->back()), than, danhDau) ? KetCuc::duoc : KetCuc::hong;
+            return ghiO(di, std::string(cacTen->back()), {&than, 1}, danhDau) ? KetCuc::duoc : KetCuc::hong;
     }
     const auto dich = giaiDuongDan(duong);
     if (!dich) return KetCuc::duongXau;
-    return ghi(*dich, than, danhDau) ? KetCuc::duoc : KetCuc::hong;
+    return ghi(*dich, {&than, 1}, danhDau) ? KetCuc::duoc : KetCuc::hong;
 }
 
 // Puts the file `ten` where `di` stands.
-bool ThuMucNhan::ghiO(DiTheoThuMuc& di, const std::string& ten, std::span<const std::byte> than,
-                      const DanhDau& danhDau) {
+bool ThuMucNhan::ghiO(DiTheoThuMuc& di, const std::string& ten, CacManh than, const DanhDau& danhDau) {
     const bool canBen = doBen_ == DoBen::xuongDia;
-    TepTam tam(di.o(), tenTam_ + std::to_string(++soTam_));
-    if (!tam) return false;
-    if (danhDau) danhDau(tam.so());
-    if (!tam.ghiHet(than) || (canBen && !tam.xuongDia()) || !tam.doiTen(ten)) return false;
+    const auto ghiVao = [&](TepTam& tam) {
+        if (!tam) return false;
+        if (danhDau) danhDau(tam.so());
+        return tam.ghiHet(than) && (!canBen || tam.xuongDia()) && tam.doiTen(ten);
+    };
+    const std::string tenTam = tenTam_ + std::to_string(++soTam_);
+    TepTam khongTen(di.o(), tenTam, TepTam::Kieu::khongTen);
+    if (!ghiVao(khongTen)) {
+        if (!khongTen.nenThuCoTen()) return false;
+        TepTam coTen(di.o(), tenTam, TepTam::Kieu::coTen);
+        if (!ghiVao(coTen)) return false;
+    }
     di.giuLai();
     if (canBen) dongBoThuMuc(di.o());
     return true;

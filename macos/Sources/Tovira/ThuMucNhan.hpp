@@ -41,13 +41,15 @@ class ThuMucNhan {
     // Where `duong` leads; absent when it may not be written to. Changes nothing on disk.
     [[nodiscard]] std::optional<Dich> giaiDuongDan(std::string_view duong);
 
+    // What a file is to hold, piece after piece.
+    using CacManh = std::span<const std::span<const std::byte>>;
     // Called with the descriptor of a file that is being written, before its first byte.
     using DanhDau = std::function<void(int tep)>;
 
     // Puts a file there, replacing what has its name unless that is a folder. Folders that are missing are
     // made. False when it cannot be done; then nothing of it is left. Never follows a link, so that a folder
     // swapped for one since giaiDuongDan leads nowhere.
-    [[nodiscard]] bool ghi(const Dich& dich, std::span<const std::byte> than, const DanhDau& danhDau = {});
+    [[nodiscard]] bool ghi(const Dich& dich, CacManh than, const DanhDau& danhDau = {});
 
     // giaiDuongDan and ghi in one, for a file that is already here.
     enum class KetCuc : std::uint8_t { duoc, duongXau, hong };
@@ -56,8 +58,7 @@ class ThuMucNhan {
 
   private:
     [[nodiscard]] DiTheoThuMuc::KhiTao khiTao() const;
-    bool ghiO(DiTheoThuMuc& di, const std::string& ten, std::span<const std::byte> than,
-              const DanhDau& danhDau);
+    bool ghiO(DiTheoThuMuc& di, const std::string& ten, CacManh than, const DanhDau& danhDau);
     bool gocConDo();
     bool moGoc();
     [[nodiscard]] std::optional<std::vector<std::string>> phanTrongGoc(const std::string& duong) const;
