@@ -11,6 +11,8 @@
 #include <fstream>
 #include <string_view>
 
+#include "SoTep.hpp"
+
 namespace tovira {
 namespace {
 
@@ -53,20 +55,6 @@ std::string trichDan(const std::string& doiSo) {
     return ra + '"';
 }
 
-class TepMo {
-  public:
-    explicit TepMo(int so) : so_(so) {}
-    ~TepMo() {
-        if (so_ >= 0) ::close(so_);
-    }
-    TepMo(const TepMo&) = delete;
-    TepMo& operator=(const TepMo&) = delete;
-    [[nodiscard]] int so() const { return so_; }
-
-  private:
-    int so_;
-};
-
 // 0, or the errno of the step that failed.
 int ghiHet(int tep, const std::string& noiDung) {
     std::size_t da = 0;
@@ -81,8 +69,8 @@ int ghiHet(int tep, const std::string& noiDung) {
 
 // Makes what was done to the entries of a folder last. A file system that cannot is no failure.
 void giuThuMuc(const fs::path& thuMuc) {
-    const TepMo mo(::open(thuMuc.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (mo.so() >= 0) ::fsync(mo.so());
+    const SoTep mo(::open(thuMuc.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (mo) ::fsync(mo.so());
 }
 
 // Whole or not at all, whatever happens to the machine meanwhile: written beside the target, then moved over
@@ -91,8 +79,8 @@ int ghiNguyenVen(const fs::path& dich, const std::string& noiDung) {
     std::string tam = dich.string() + ".XXXXXX";
     int loi = 0;
     {
-        const TepMo tep(::mkostemp(tam.data(), O_CLOEXEC));
-        if (tep.so() < 0) return errno;
+        const SoTep tep(::mkostemp(tam.data(), O_CLOEXEC));
+        if (!tep) return errno;
         loi = ghiHet(tep.so(), noiDung);
         if (loi == 0 && ::fchmod(tep.so(), 0644) != 0) loi = errno;
     }

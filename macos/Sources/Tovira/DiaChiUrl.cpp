@@ -5,23 +5,14 @@
 #include <algorithm>
 #include <memory>
 
+#include "KyTu.hpp"
+
 namespace tovira {
 namespace {
 
 // uriparser's pieces are ranges in the text it was given.
 std::string_view doan(const UriTextRangeA& r) {
     return r.first == nullptr ? std::string_view() : std::string_view(r.first, r.afterLast - r.first);
-}
-
-// A port is decimal digits or nothing; absent (outer) when it is too large to be told.
-std::optional<std::optional<std::uint32_t>> docCong(std::string_view chu) {
-    if (chu.empty()) return std::optional<std::uint32_t>();
-    std::uint64_t so = 0;
-    for (const char c : chu) {
-        so = so * 10 + static_cast<std::uint64_t>(c - '0');
-        if (so > UINT32_MAX) return std::nullopt;
-    }
-    return static_cast<std::uint32_t>(so);
 }
 
 bool laChuCai(char c) {
@@ -37,13 +28,14 @@ std::optional<DiaChiUrl> DiaChiUrl::tach(std::string_view diaChi) {
         return std::nullopt;
     }
     const std::unique_ptr<UriUriA, decltype(&uriFreeUriMembersA)> giu(&uri, &uriFreeUriMembersA);
-    const auto cong = docCong(doan(uri.portText));
-    if (!cong) return std::nullopt;
+    const auto chuCong = doan(uri.portText);
+    const auto cong = docSo(chuCong, UINT32_MAX);
+    if (!cong && !chuCong.empty()) return std::nullopt;
     DiaChiUrl ra;
     ra.giaoThuc = doan(uri.scheme);
     ra.may = doan(uri.hostText);
     if (uri.hostData.ip6 != nullptr || uri.hostData.ipFuture.first != nullptr) ra.may = "[" + ra.may + "]";
-    ra.cong = *cong;
+    if (cong) ra.cong = static_cast<std::uint32_t>(*cong);
     return ra;
 }
 

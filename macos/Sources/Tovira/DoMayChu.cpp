@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "BatBien.hpp"
+#include "KyTu.hpp"
 #include "TenLuong.hpp"
 
 namespace tovira {
@@ -22,17 +23,6 @@ using CacDiaChi = std::vector<tcp::endpoint>;
 
 // However many addresses a name has, this many are tried.
 constexpr std::size_t toiDaDiaChi = 16;
-
-std::optional<std::uint16_t> docCong(std::string_view chu) {
-    if (chu.empty()) return std::nullopt;
-    std::uint32_t so = 0;
-    for (const char c : chu) {
-        if (c < '0' || c > '9') return std::nullopt;
-        so = so * 10 + static_cast<std::uint32_t>(c - '0');
-        if (so > UINT16_MAX) return std::nullopt;
-    }
-    return static_cast<std::uint16_t>(so);
-}
 
 // The next piece of `chu` between separators, empty pieces skipped; `chu` keeps what follows it.
 std::string_view layManh(std::string_view& chu, char ngan) {
@@ -187,7 +177,8 @@ std::optional<DoMayChu::DiaChi> DoMayChu::tachDiaChi(std::string_view url) {
         if (may.empty()) return std::nullopt;
         cong = layManh(noiDen, ':');
     }
-    return DiaChi{std::string(may), docCong(cong).value_or(coS ? 443 : 80)};
+    return DiaChi{std::string(may),
+                  static_cast<std::uint16_t>(docSo(cong, UINT16_MAX).value_or(coS ? 443 : 80))};
 }
 
 bool DoMayChu::song(std::string_view url, double cho) {

@@ -9,6 +9,7 @@
 
 #include "DauYeuCau.hpp"
 #include "LangNghe.hpp"
+#include "SoTep.hpp"
 #include "SocketIoThay.hpp"
 
 namespace tovira {
@@ -52,22 +53,14 @@ std::string_view boTruyVan(std::string_view dich) {
 
 // The bytes of an ordinary file, wherever they end while it is being read. Never waits for a pipe.
 std::optional<std::string> docTep(const std::filesystem::path& duong) {
-    struct Mo {
-        explicit Mo(const char* ten) : so(::open(ten, O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {}
-        ~Mo() {
-            if (so >= 0) ::close(so);
-        }
-        Mo(const Mo&) = delete;
-        Mo& operator=(const Mo&) = delete;
-        int so;
-    } const tep(duong.c_str());
+    const SoTep tep(::open(duong.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     struct stat tt {};
-    if (tep.so < 0 || ::fstat(tep.so, &tt) != 0 || !S_ISREG(tt.st_mode)) return std::nullopt;
+    if (!tep || ::fstat(tep.so(), &tt) != 0 || !S_ISREG(tt.st_mode)) return std::nullopt;
     std::string ra;
     // One byte more than it should hold, so that the end is seen without growing.
     ra.resize(static_cast<std::size_t>(tt.st_size) + 1);
     for (std::size_t co = 0;;) {
-        const ssize_t so = ::read(tep.so, ra.data() + co, ra.size() - co);
+        const ssize_t so = ::read(tep.so(), ra.data() + co, ra.size() - co);
         if (so < 0 && errno == EINTR) continue;
         if (so < 0) return std::nullopt;
         co += static_cast<std::size_t>(so);

@@ -2,6 +2,8 @@
 
 #include <utf8proc.h>
 
+#include <algorithm>
+#include <charconv>
 #include <cstdint>
 #include <cstring>
 
@@ -92,6 +94,14 @@ std::size_t daiDoanUtf16(std::u16string_view donVi, std::size_t toiDa) {
     if (donVi.size() <= toiDa) return donVi.size();
     const bool giuaCap = donVi[toiDa] >= 0xDC00 && donVi[toiDa] < 0xE000;
     return giuaCap ? toiDa - 1 : toiDa;
+}
+
+std::optional<std::int64_t> docSo(std::string_view chu, std::int64_t toiDa) {
+    const bool toanSo = std::all_of(chu.begin(), chu.end(), [](char c) { return c >= '0' && c <= '9'; });
+    std::int64_t so = 0;
+    if (!toanSo || std::from_chars(chu.data(), chu.data() + chu.size(), so).ec != std::errc() || so > toiDa)
+        return std::nullopt;
+    return so;
 }
 
 }  // namespace tovira

@@ -1,8 +1,11 @@
 #pragma once
-// Any thread: pure functions on UTF-8. User-perceived characters are the extended grapheme clusters of UAX
+// Any thread: pure functions on text. User-perceived characters are the extended grapheme clusters of UAX
 // #29.
 
 #include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -19,6 +22,10 @@ namespace tovira {
 
 // `utf8` in UTF-16 code units. Bytes that are not UTF-8 become U+FFFD.
 [[nodiscard]] std::u16string sangUtf16(std::string_view utf8);
+
+// The number that decimal digits and nothing else make; absent for any other text, and beyond `toiDa`.
+[[nodiscard]] std::optional<std::int64_t> docSo(
+    std::string_view chu, std::int64_t toiDa = std::numeric_limits<std::int64_t>::max());
 
 // How many units at the front of `donVi` make a piece of at most `toiDa` (2 or more) that does not end inside
 // a surrogate pair.

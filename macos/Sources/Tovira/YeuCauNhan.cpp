@@ -1,7 +1,6 @@
 #include "YeuCauNhan.hpp"
 
 #include <algorithm>
-#include <charconv>
 
 #include "BatBien.hpp"
 #include "DauYeuCau.hpp"
@@ -90,7 +89,7 @@ YeuCauNhan xetYeuCauNhan(std::string_view phanDau, std::string_view biMat) {
     const auto maHoa = tuDien.lay("x-duong");
     auto duong = maHoa ? giaiBase64(*maHoa) : std::nullopt;
     if (!duong || !laUtf8(*duong)) return tra(TrangThaiNhan::yeuCauHong);
-    return {std::nullopt, std::move(*duong), docDoDai(tuDien.lay("content-length").value_or(""))};
+    return {std::nullopt, std::move(*duong), docSo(tuDien.lay("content-length").value_or("")).value_or(-1)};
 }
 
 std::string_view layThamSo(std::string_view truyVan, std::string_view ten) {
@@ -109,13 +108,6 @@ bool soBang(std::string_view mot, std::string_view hai) {
     for (std::size_t i = 0; i < mot.size(); ++i)
         khac = static_cast<unsigned char>(khac | (mot[i] ^ hai[i]));
     return khac == 0;
-}
-
-std::int64_t docDoDai(std::string_view chu) {
-    const bool toanSo = std::all_of(chu.begin(), chu.end(), [](char c) { return c >= '0' && c <= '9'; });
-    std::int64_t so = -1;
-    if (!toanSo || std::from_chars(chu.data(), chu.data() + chu.size(), so).ec != std::errc()) return -1;
-    return so;
 }
 
 std::optional<std::string_view> TuDienDau::lay(std::string_view ten) const {

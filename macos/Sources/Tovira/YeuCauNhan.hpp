@@ -40,9 +40,6 @@ struct YeuCauNhan {
 // Are they the same? Takes as long wherever the first difference lies.
 [[nodiscard]] bool soBang(std::string_view mot, std::string_view hai);
 
-// Decimal digits and nothing else; -1 for any other text and for what 63 bits cannot hold.
-[[nodiscard]] std::int64_t docDoDai(std::string_view chu);
-
 // The lines of a head after its first, looked up by name.
 class TuDienDau {
   public:
