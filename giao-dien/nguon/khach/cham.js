@@ -110,5 +110,5 @@ export function taoCham({ chuot, nhin, hen, luc, khiDoi, duocGui = () => true })
     viec = 'nghi';
   }
 
-  return Object.freeze({ xuong, di, len, huy });
+  return Object.freeze({ xuong, di, len, huy, get dangCham() { return ngon.size > 0; } });
 }

@@ -93,17 +93,18 @@ export function taoKhach({ chu, kho, io, baoTin, tv, ngonNgu = () => document.do
 
   function veMay() {
     const dieuKhien = !!may?.choDieuKhien;
-    xem.datDuocGui(dieuKhien && !!may?.troNang);
-    $('k-chi-xem').hidden = !may || dieuKhien;
-    for (const id of ['k-mo-phim', 'k-ban-phim']) $(id).disabled = !dieuKhien;
-    bangTam.datTinh(!!may?.bang, dieuKhien && !!may?.troNang);
+    const duoc = dieuKhien && !!may?.troNang;
+    xem.datDuocGui(duoc);
+    $('k-chi-xem').hidden = !may || duoc;
+    for (const id of ['k-mo-phim', 'k-ban-phim']) $(id).disabled = !duoc;
+    bangTam.datTinh(!!may?.bang, duoc);
     bangTep.datTinh(may?.tep);
     thanh.veManHinh(may);
     veNgo();
   }
 
   function nhacThoat() {
-    if (daNhac) return;
+    if (daNhac || coCham()) return;
     daNhac = 'dang';
     veNgo();
     henLoiNhac = HEN.dat(() => {
@@ -204,6 +205,7 @@ export function taoKhach({ chu, kho, io, baoTin, tv, ngonNgu = () => document.do
     dangSong = nghiNgo = false;
     phien = null;
     xem.dung();
+    thanh.dongBang();
     guiTep.datKenh(null);
     khoaManHinh?.release?.().catch(() => {});
     khoaManHinh = null;

@@ -48,6 +48,14 @@ export function taoThanh({ chu, kho, xem, mac, hen, khiChonMan, khiNet, khiHet, 
     xem.doKhung();
   }
 
+  // Not under a finger: what it points at would move away from it.
+  function tuCat() {
+    henCat = hen.dat(() => {
+      if (xem.dangCham) tuCat();
+      else if (!bangMo()) hienThanh(false);
+    }, CHO_THANH);
+  }
+
   function catThanh() {
     dongBang();
     hienThanh(false);
@@ -189,6 +197,10 @@ export function taoThanh({ chu, kho, xem, mac, hen, khiChonMan, khiNet, khiHet, 
       const mo = dongBang();
       if (mo) $(mo[0]).focus();
     }, 'keydown');
+    // A tool that was clicked gives the keyboard back to the picture; one that was pressed by key keeps its place.
+    khi('k-thanh', (e) => {
+      if (e?.detail > 0 && e.target.closest('button') && !coCham() && !bangMo()) xem.batPhim();
+    });
     khi('k-o', (e) => { if (e.target === $('k-o') || e.target === $('k-hinh')) dongBang(); }, 'pointerdown');
     khi('k-go', veDinh, 'input');
     $('k-dao').checked = kho.doc('daoCmd') === '1';
@@ -208,7 +220,7 @@ export function taoThanh({ chu, kho, xem, mac, hen, khiChonMan, khiNet, khiHet, 
       hienHang(kho.doc('hienHang') === '1');
       hienThanh(true);
       veChe();
-      if (coCham()) henCat = hen.dat(() => { if (!bangMo()) hienThanh(false); }, CHO_THANH);
+      if (coCham()) tuCat();
       for (const ten of ['fullscreenchange', 'webkitfullscreenchange']) document.addEventListener(ten, khiToan);
       window.visualViewport?.addEventListener('resize', theoKhungNhin);
     },

@@ -211,6 +211,7 @@ export function taoXem({ guiLenh, cham, guiCao, khiThoat, khiDan, duocDan, daoCm
   return Object.freeze({
     banPhim, doKhung, batPhim, moBanPhim, nhaHet,
     get che() { return nhin.che; },
+    get dangCham() { return ngon.dangCham; },
     get coPhim() { return coPhim(); },
     datChe(che) {
       nhin.doi({ che, phong: 1, lechX: 0, lechY: 0 });
