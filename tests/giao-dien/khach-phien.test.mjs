@@ -71,7 +71,7 @@ function goi({ dapGoi = { ok: true, phien: 'p1', stun: ['stun:x:3478'] }, noiHon
 test('a whole call: our fingerprint goes into the handshake, the offer waits for the host’s yes, candidates for the answer', async () => {
   const t = goi();
   await lang();
-  assert.deepEqual(t.lay(), ['> khach:goi 123456789', '= bat-tay', '{"iceServers":[{"urls":["stun:x:3478"]}]}', 'video recvonly', '> phien:tin b1']);
+  assert.deepEqual(t.lay(), ['> khach:goi 123456789', '= bat-tay', '{"iceServers":[{"urls":"stun:x:3478"}],"bundlePolicy":"max-bundle"}', 'video recvonly', '> phien:tin b1']);
   assert.deepEqual([t.canh.vanTay, t.canh.matKhau, t.canh.ma, t.canh.phien], ['vt(sdp-khach)', 'bí mật', '123456789', 'p1']);
   t.phien.nhanTin({ phien: 'khác', tin: 'x' });
   t.phien.nhanTin({ phien: 'p1', tin: 'b2' });

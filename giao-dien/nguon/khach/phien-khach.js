@@ -14,6 +14,8 @@
 //   khong-duong                                             no direct path between the two networks
 //   mat                                                     it was live and is gone
 
+import { cacMayStun } from '../chung/stun.js';
+
 const PB = 1;
 const CHO_TRA_LOI = 25000; // ms for a step of the handshake: a phone's slow hash and a slow host
 const CHO_NGUOI = 120000; // ms for a person to accept
@@ -86,14 +88,14 @@ export function taoPhienKhach({ kenhHen, maHoa, taoNoi, hen, luc, khi, ma, matKh
     phien = dap.phien;
     doiTinh('bat-tay');
     henGio(CHO_TRA_LOI, 'im');
-    await moNoi(Array.isArray(dap.stun) ? dap.stun.filter((d) => typeof d === 'string') : []);
+    await moNoi(cacMayStun(dap.stun));
   }
 
   // Any description carries the fingerprint of our certificate; it is not made the local one before the host has
   // accepted, so that until then nobody is told our addresses.
-  async function moNoi(stun) {
+  async function moNoi(iceServers) {
     try {
-      noi = taoNoi({ iceServers: stun.length ? [{ urls: stun }] : [] });
+      noi = taoNoi({ iceServers, bundlePolicy: 'max-bundle' });
       khiNoi();
       const moTa = await noi.createOffer();
       const vanTay = maHoa.vanTayCuaSdp(moTa.sdp);

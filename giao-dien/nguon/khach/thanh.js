@@ -1,7 +1,7 @@
 // The toolbar of a session, its panels (one open at a time), the row of keys for phones, full screen.
 import { $, dienChon, khi, taoNut } from '../chung/trang.js';
 import { TO_HOP } from './bang-phim.js';
-import { THUC } from './khung-nhin.js';
+import { THUC, VUA } from './khung-nhin.js';
 
 const CAC_NET = [720, 1080, 1440, 2160, 2880];
 const BANG = [['k-mo-phim', 'k-phim'], ['k-mo-tam', 'k-tam'], ['k-mo-tep', 'k-tep']];
@@ -136,7 +136,8 @@ export function taoThanh({ chu, kho, xem, mac, hen, khiChonMan, khiNet, khiHet, 
 
   // ---- Drawing
   function veChe() {
-    $('k-vua').setAttribute('aria-pressed', String(xem.che !== THUC));
+    $('k-vua').setAttribute('aria-pressed', String(xem.che === VUA));
+    $('k-thuc').setAttribute('aria-pressed', String(xem.che === THUC));
   }
 
   function veManHinh(may) {
@@ -161,10 +162,12 @@ export function taoThanh({ chu, kho, xem, mac, hen, khiChonMan, khiNet, khiHet, 
 
   function noi() {
     for (const [nut, bang] of BANG) khi(nut, () => ($(bang).hidden ? moBang(bang) : moBang('')));
-    khi('k-vua', () => {
-      xem.doiChe();
-      veChe();
-    });
+    for (const [nut, che] of [['k-vua', VUA], ['k-thuc', THUC]]) {
+      khi(nut, () => {
+        xem.datChe(che);
+        veChe();
+      });
+    }
     khi('k-day', doiToan);
     khi('k-ban-phim', () => moBanPhim(!banPhimMo));
     khi('k-mo-sk', () => {

@@ -3,7 +3,7 @@ import { $ } from '../chung/trang.js';
 import { taoBanPhim } from './ban-phim.js';
 import { taoCham } from './cham.js';
 import { doiCuon, taoChuot } from './chuot.js';
-import { THUC, VUA, caoCan, dayMep, taoKhungNhin } from './khung-nhin.js';
+import { THUC, caoCan, dayMep, taoKhungNhin } from './khung-nhin.js';
 import { taoOGo } from './o-go.js';
 
 const BAC_NET = [720, 1080, 1440, 2160, 2880]; // lines; steps far enough apart that the host follows each
@@ -217,7 +217,6 @@ export function taoXem({ guiLenh, cham, guiCao, khiThoat, khiDan, duocDan, daoCm
       nhin.doi({ che, phong: 1, lechX: 0, lechY: 0 });
       doKhung();
     },
-    doiChe() { this.datChe(nhin.che === VUA ? THUC : VUA); },
     datNet(moi) {
       net = moi;
       baoCao();

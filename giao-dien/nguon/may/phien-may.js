@@ -1,6 +1,10 @@
 // One controller's session on the host: handshake, this person's consent, the direct connection, its end.
 //
 //   bat-tay (proving the password) -> hoi (this person is asked) -> dang-noi -> noi -> het
+import { cacMayStun } from '../chung/stun.js';
+
+export { cacMayStun };
+
 const CHO_BAT_TAY = 60000; // ms to prove the password
 const CHO_TEN = 1500; // ms that the controller has to say its name before this person is asked
 const CHO_NOI = 90000; // ms from the consent to a direct connection; the other side's person may be solving something
@@ -12,10 +16,6 @@ const BIT_TOI_DA = 16e6; // bits per second of the picture
 const KHUNG_TOI_DA = 20; // frames per second; the host gives 12
 
 const KENH = { lenh: 1, tin: 2, tep: 3 };
-
-// "example.org:3478", "stun:example.org:3478" -> what a peer connection takes.
-export const cacMayStun = (stun) => (Array.isArray(stun) ? stun : []).filter((s) => typeof s === 'string' && s !== '').slice(0, 4)
-  .map((s) => ({ urls: /^stuns?:/.test(s) ? s : `stun:${s}` }));
 
 // A name as it may be shown: one line, no control or direction characters.
 export const sachTen = (ten) => (typeof ten === 'string'
