@@ -34,6 +34,11 @@ class TrangMac final : public CuaSo::NenTrang {
         // The remote picture and voice start without a click, and may fill the screen.
         cauHinh.mediaTypesRequiringUserActionForPlayback = WKAudiovisualMediaTypeNone;
         cauHinh.preferences.elementFullscreenEnabled = YES;
+#if __MAC_OS_X_VERSION_MAX_ALLOWED >= 140000
+        // Behind a hidden window the page waits for calls; the system would put it to sleep.
+        if (@available(macOS 14.0, *))
+            cauHinh.preferences.inactiveSchedulingPolicy = WKInactiveSchedulingPolicyNone;
+#endif
         WKWebView* web = [[WKWebView alloc] initWithFrame:NSMakeRect(0, 0, CuaSo::rongDau, CuaSo::caoDau)
                                             configuration:cauHinh];
         web.navigationDelegate = c_.uyQuyen;
