@@ -11,7 +11,9 @@
 #include <QMouseEvent>
 #include <QPushButton>
 #include <QScreen>
+#include <QTemporaryDir>
 
+#include "BaoMaMayLinux.hpp"
 #include "HopBaoLinux.hpp"
 #include "gia/DongCoWeb.hpp"
 
@@ -251,4 +253,22 @@ TEST(HopBaoLinux, motNutVaChuTron) {
     mat.start(10);
     hop.thongBao("x");
     EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
+}
+
+TEST_F(CuaSoLinuxThu, maMayVaMatKhauChoKichBanDaMo) {
+    len();
+    const QTemporaryDir thuMuc;
+    const QString tep = thuMuc.filePath(QStringLiteral("ma"));
+    const auto doc = [&] {
+        QFile f(tep);
+        return f.open(QIODevice::ReadOnly) ? f.readAll().toStdString() : std::string();
+    };
+    const BaoMaMayLinux bao(trang, tep);
+    js("document.body.innerHTML = '<output id=ma-may></output><output id=mat-khau data-gia=abc23></output>'");
+    js("document.getElementById('ma-may').dataset.gia = '123456789'");
+    EXPECT_TRUE(cho([&] { return doc() == "123456789\nabc23\n"; })) << doc();
+    EXPECT_EQ(QFileInfo(tep).permissions() & 0x077, QFileDevice::Permissions());
+    js("document.getElementById('mat-khau').dataset.gia = 'moi45'");
+    EXPECT_TRUE(cho([&] { return doc() == "123456789\nmoi45\n"; })) << doc();
+    EXPECT_EQ(QDir(thuMuc.path()).entryList(QDir::Files).size(), 1);
 }

@@ -7,6 +7,7 @@ export const GOC_NOI_BO = /^http:\/\/(127\.0\.0\.1|localhost)(:\d{1,5})?$/;
 
 export class Cua {
   #giu = new SoDem();
+  #diaChi = new WeakMap(); // connection → its client's address
 
   constructor({ caiDat, dongHo, nhatKy }) {
     Object.assign(this, { caiDat, nhatKy });
@@ -19,7 +20,7 @@ export class Cua {
   xet = (yeuCau, tra) => {
     const { origin, host } = yeuCau.headers;
     if (origin !== undefined && !GOC_NOI_BO.test(origin) && !cungGoc(origin, host)) return tra('origin', false);
-    if (new URL(yeuCau.url, 'http://x').searchParams.has('sid')) return tra(null, true);
+    if (new URL(yeuCau.url, 'http://x').searchParams.get('sid')) return tra(null, true); // an empty one opens a new connection
     const diaChi = diaChiThat(yeuCau, this.caiDat.proxyTin);
     const khoa = khoaDiaChi(diaChi);
     const day = this.tong >= this.caiDat.ketNoiToiDa || this.#giu.dem(khoa) >= this.caiDat.ketNoiMoiDiaChi;
@@ -30,15 +31,21 @@ export class Cua {
     return tra(null, true);
   };
 
-  // Counts a connection for as long as it lasts.
+  // Counts a connection for as long as it lasts. Its address is kept from its first request, whose socket may be closed soon after.
   dem(ketNoi) {
-    const khoa = khoaDiaChi(diaChiThat(ketNoi.request, this.caiDat.proxyTin));
+    const diaChi = diaChiThat(ketNoi.request, this.caiDat.proxyTin);
+    const khoa = khoaDiaChi(diaChi);
+    this.#diaChi.set(ketNoi, diaChi);
     this.#giu.doi(khoa, 1);
     this.tong += 1;
     ketNoi.once('close', () => {
       this.#giu.doi(khoa, -1);
       this.tong -= 1;
     });
+  }
+
+  diaChi(ketNoi) {
+    return this.#diaChi.get(ketNoi) ?? '';
   }
 }
 

@@ -1,13 +1,14 @@
 // The signalling: hosts register a code, controllers call it, sealed letters pass between the two connections of a session.
 import { createHash, randomBytes, randomInt } from 'node:crypto';
-import { cheDiaChi, diaChiThat, khoaDiaChi } from './dia-chi.js';
+import { cheDiaChi, khoaDiaChi } from './dia-chi.js';
 import { GioiHan } from './gioi-han.js';
-import { CAC_SU_KIEN, kiemTin, tuChoi } from './kiem-tin.js';
+import { CAC_SU_KIEN, TIN_DAI_NHAT, kiemTin, tuChoi } from './kiem-tin.js';
 import { PHIEN_MOI_BEN, SoPhien, phienCua, phong } from './phien.js';
 
 const TU_CHOI_LIEN_TIEP = 100; // refusals in a row after which a connection is cut
 const CHO_GUI_TOI_DA = 256; // packets waiting for a connection that does not read
 const KY_TU_MOI_XU = 2048; // characters of a letter for each token
+const GIA_DAT_NHAT = 1 + TIN_DAI_NHAT / KY_TU_MOI_XU; // tokens
 
 export class Hen {
   #cac = new Map(); // connection id → { socket, khoa, may: { ma, bam } or null, hang: its running step, tuChoi }
@@ -18,7 +19,7 @@ export class Hen {
     this.phien = new SoPhien(dongHo);
     const xo = (dung, moiGiay) => new GioiHan({ dung, moiGiay, dongHo });
     const { dangKyMoiPhut, goiMoiPhut, tinMoiGiay } = caiDat;
-    this.gioiHan = { may: xo(dangKyMoiPhut, dangKyMoiPhut / 60), goi: xo(goiMoiPhut, goiMoiPhut / 60), tin: xo(tinMoiGiay * 10, tinMoiGiay) };
+    this.gioiHan = { may: xo(dangKyMoiPhut, dangKyMoiPhut / 60), goi: xo(goiMoiPhut, goiMoiPhut / 60), tin: xo(Math.max(tinMoiGiay * 10, GIA_DAT_NHAT), tinMoiGiay) };
     this.xuLy = {
       'may:mo': (ben, d, dap) => this.#noi(ben, () => this.#mo(ben, d, dap), dap),
       'may:dong': (ben, _, dap) => this.#noi(ben, () => this.#nghi(ben, dap), dap),
@@ -28,8 +29,8 @@ export class Hen {
     };
   }
 
-  nhan(socket) {
-    const diaChi = diaChiThat(socket.request, this.caiDat.proxyTin);
+  // A new connection, from `diaChi`.
+  nhan(socket, diaChi) {
     const ben = { socket, diaChi, khoa: khoaDiaChi(diaChi), may: null, hang: Promise.resolve(), tuChoi: 0 };
     this.#cac.set(socket.id, ben);
     socket.onAny((su, ...doi) => this.#nhanSuKien(ben, su, doi));

@@ -41,6 +41,7 @@ async function dungMayChu({ caiDat, nhatKy, dongHo, choTra, redis, cacDong }) {
   const phucVu = taoPhucVu({ giaoDien: caiDat.giaoDien, sucKhoe, nhatKy });
   const http = caiDat.chungChi ? createHttps({ ...docChungChi(caiDat), minVersion: 'TLSv1.2' }, phucVu) : createServer(phucVu);
 
+  http.maxConnections = 2 * caiDat.ketNoiToiDa; // a page takes more than one until it has its WebSocket
   cua = new Cua({ caiDat, dongHo, nhatKy });
   const io = new Server(http, {
     serveClient: false,
@@ -57,7 +58,7 @@ async function dungMayChu({ caiDat, nhatKy, dongHo, choTra, redis, cacDong }) {
     hen.cum = new Cum(io.of('/'), { khiHoi: hen.khiHoi, choTra });
     cacDong.push(async () => hen.cum.dong());
   }
-  io.on('connection', (socket) => hen.nhan(socket));
+  io.on('connection', (socket) => hen.nhan(socket, cua.diaChi(socket.conn)));
 
   const { port } = await moThu(caiDat.cong, (cong) => ngheHttp(http, caiDat.diaChi, cong));
   cacDong.push(async () => { await io.close(); http.closeAllConnections(); });

@@ -1,4 +1,5 @@
 import assert from 'node:assert/strict';
+import { request } from 'node:http';
 import test from 'node:test';
 import { THE, THE_KHAC, cho, choDen, choRoi, goi, mo, moMay, moPhien } from './dung.mjs';
 
@@ -170,10 +171,10 @@ test('limits: calls, registrations and letters of one address, and where they en
   const { ma } = await moMay(b);
   m.dongHo.luc += 30_000;
   const { phien } = await goi(a, ma);
-  const dap = await Promise.all(Array.from({ length: 12 }, () => a.hoi('phien:tin', { phien, tin: '' })));
-  assert.deepEqual(dap.map((d) => d.ok), [...Array(10).fill(true), false, false]);
-  m.dongHo.luc += 60_000;
-  assert.equal((await a.hoi('phien:tin', { phien, tin: 'x'.repeat(30_000) })).code, 'qua_nhieu', 'a long letter costs more');
+  const dap = await Promise.all(Array.from({ length: 35 }, () => a.hoi('phien:tin', { phien, tin: '' })));
+  assert.deepEqual(dap.map((d) => d.ok), [...Array(33).fill(true), false, false]);
+  m.dongHo.luc += 20_000;
+  assert.equal((await a.hoi('phien:tin', { phien, tin: 'x'.repeat(50_000) })).code, 'qua_nhieu', 'a long letter costs more');
 
   // Whoever goes on after a hundred refusals is cut.
   for (let i = 0; i < 110; i++) a.emit('phien:dong', { phien: 'sai' });
@@ -202,6 +203,30 @@ test('one caller cannot take all of a host, nor can many keep others out with un
   m.dongHo.luc += 31_000;
   assert.equal((await goi(nguoi, ma)).ok, true);
   assert.equal((await cho(ke, 'phien:dong')).ly, 'mat-lien-lac');
+});
+
+test('an address is remembered though its first request’s socket has closed, and no query gets around the count', async (t) => {
+  const m = await mo(t, { GOI_MOI_PHUT: '1', KET_NOI_MOI_DIA_CHI: '3', PROXY_TIN: '127.0.0.1' });
+  // A connection for each request: the first one's is gone when the signalling begins.
+  const xinRieng = (dc, them, than) => new Promise((xong, hong) => {
+    const q = request(`${m.goc}/socket.io/?EIO=4&transport=polling${them}`, { agent: false, method: than ? 'POST' : 'GET', headers: { 'X-Forwarded-For': dc } }, (tra) => {
+      let chu = '';
+      tra.on('data', (d) => { chu += d; });
+      tra.on('close', () => xong(chu));
+    });
+    q.on('error', hong).end(than);
+  });
+  const goiRieng = async (dc) => {
+    const sid = `&sid=${JSON.parse((await xinRieng(dc, '')).slice(1)).sid}`;
+    await xinRieng(dc, sid, '40');
+    await xinRieng(dc, sid, '420["khach:goi",{"pb":1,"ma":"123456789"}]');
+    let chu = '';
+    while (!chu.includes('430[')) chu += await xinRieng(dc, sid);
+    return JSON.parse(chu.slice(chu.indexOf('430[') + 3))[0].code;
+  };
+  assert.deepEqual([await goiRieng('192.0.2.1'), await goiRieng('192.0.2.2'), await goiRieng('192.0.2.1')], ['khong_co_may', 'khong_co_may', 'qua_nhieu']);
+  const xin = async (them) => (await fetch(`${m.goc}/socket.io/?EIO=4&transport=polling${them}`, { headers: { 'X-Forwarded-For': '192.0.2.3' } })).status;
+  assert.deepEqual([await xin(''), await xin('&sid='), await xin('&sid=x'), await xin('&sid='), await xin('&sid=')], [200, 200, 400, 200, 403]);
 });
 
 test('who may connect: the own origin, loopback origins, programs; not another page, not the hundred-and-first', async (t) => {

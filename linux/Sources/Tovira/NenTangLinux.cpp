@@ -10,7 +10,9 @@
 #include <csignal>
 #include <cstdio>
 #include <cstring>
+#include <optional>
 
+#include "BaoMaMayLinux.hpp"
 #include "DieuKhienNen.hpp"
 #include "ManHinhNen.hpp"
 #include "MayChuNhanNen.hpp"
@@ -120,9 +122,11 @@ int NenTangLinux::chay(UngDung& ungDung, UngDung::KhoiDong cach) {
         &ung_, &QGuiApplication::commitDataRequest, &moc,
         [&ungDung](QSessionManager&) { ungDung.khiSapKetThuc(); }, Qt::DirectConnection);
     QObject::connect(&ung_, &QCoreApplication::aboutToQuit, &moc, [&ungDung] { ungDung.khiSapKetThuc(); });
-    QTimer::singleShot(0, &moc, [this, &ungDung, cach] {
+    std::optional<BaoMaMayLinux> baoMa;
+    QTimer::singleShot(0, &moc, [this, &ungDung, &baoMa, cach] {
         ungDung.khiKhoiDongXong(cach);
         cua_.baoKhiTrangNap(qEnvironmentVariable("TOVIRA_TEP_SAN_SANG"));
+        baoMa.emplace(trang_, qEnvironmentVariable("TOVIRA_TEP_MA"));
     });
     const int ra = QApplication::exec();
     cua_.khiChonMenu = nullptr;
