@@ -33,7 +33,7 @@ chayTrongManHinhAo() {
     anh=$(mktemp --suffix=.png "${TMPDIR:-/tmp}/tovira-XXXXXX")
     TOVIRA_TEP_MA=$tepMa TOVIRA_TEP_SAN_SANG=$thuMuc/san-sang "$chuongTrinh" "$@" &
     tienTrinh=$!
-    trap 'kill "$tienTrinh" 2>/dev/null; wait "$tienTrinh" 2>/dev/null; rm -rf "$thuMuc"' EXIT
+    trap 'set +e; kill "$tienTrinh" 2>/dev/null; wait "$tienTrinh" 2>/dev/null; rm -rf "$thuMuc"' EXIT
     trap 'exit 130' INT TERM
     noi "Waiting for the page to load"
     han=$((SECONDS + 60))
@@ -62,6 +62,7 @@ thuMuc=$(mktemp -d)
 # shellcheck disable=SC2317  # called by the trap
 dep() {
     local p
+    set +e
     for p in ${cacTienTrinh[@]+"${cacTienTrinh[@]}"}; do kill "$p" 2>/dev/null; done
     for p in ${cacTienTrinh[@]+"${cacTienTrinh[@]}"}; do wait "$p" 2>/dev/null; done
     rm -rf "$thuMuc"
@@ -99,7 +100,7 @@ moMayChu() {
         const cac = Object.values(os.networkInterfaces()).flat().filter((d) => !d.internal && !d.address.startsWith("fe80:"));
         for (const { address: d } of cac) console.log(`    http://${d.includes(":") ? `[${d}]` : d}:${process.argv[1]}/app`);
     ' "$cong"
-    noi "    http://127.0.0.1:$cong/app (on this machine)"
+    printf '    %s (on this machine)\n' "http://127.0.0.1:$cong/app"
     noi "Not https: whoever controls the network in between could alter the page. See https in may-chu/README.md."
 }
 
