@@ -39,7 +39,7 @@ export function taoBangTep({ chu, ngonNgu, guiTep, baoTin, khiMo, hen }) {
     luu: () => chu('guiTep.dangLuu'),
     roi: (t) => chu(NOI[t.noi] ?? 'guiTep.xong', { ca: co(t.co) }),
     huy: () => chu('guiTep.daHuy'),
-    hong: (t) => chu('guiTep.hong', { ly: LY[t.ly] ? chu(LY[t.ly]) : t.ly || chu('guiTep.lyMay') }),
+    hong: (t) => chu('guiTep.hong', { ly: chu(LY[t.ly] ?? (t.ly || 'guiTep.lyMay')) }),
   };
 
   function taoDong(t) {
@@ -77,7 +77,7 @@ export function taoBangTep({ chu, ngonNgu, guiTep, baoTin, khiMo, hen }) {
     $('k-tep-don').hidden = con > 0;
     for (const id of ['k-chon-tep', 'k-chon-thu-muc']) $(id).disabled = !duoc.duoc;
     $('k-tep-loi').hidden = duoc.duoc;
-    $('k-tep-loi').textContent = duoc.duoc ? '' : chu('guiTep.khongDuoc', { ly: duoc.ly || chu('guiTep.lyMay') });
+    $('k-tep-loi').textContent = duoc.duoc ? '' : chu('guiTep.khongDuoc', { ly: chu(duoc.ly || 'guiTep.lyMay') });
   }
 
   const veSau = () => { if (!henVe) henVe = hen.dat(ve, MOI); };

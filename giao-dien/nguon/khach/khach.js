@@ -83,7 +83,7 @@ export function taoKhach({ chu, kho, io, baoTin, tv, ngonNgu = () => document.do
   }
 
   function veNgo() {
-    const loi = may?.loi ? chu('xem.loiHinh', { loi: may.loi }) : '';
+    const loi = may?.loi ? chu('xem.loiHinh', { loi: chu(String(may.loi)) }) : '';
     const khong = may && may.choDieuKhien && !may.troNang ? chu('xem.khongTroNang') : '';
     const nhac = daNhac === 'dang' ? chu('phim.thoat', { phim: chuThoat(mac) }) : '';
     const van = loi || khong || nhac;
