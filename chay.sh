@@ -96,6 +96,7 @@ moMayChu() {
     # A page from the loopback interface may do more than one from another plain-http address.
     mayChu=http://127.0.0.1:$cong
     noi "Any browser controls this machine at:"
+    # shellcheck disable=SC2016  # the dollars are JavaScript's
     "$nut" -e '
         const cac = Object.values(os.networkInterfaces()).flat().filter((d) => !d.internal && !d.address.startsWith("fe80:"));
         for (const { address: d } of cac) console.log(`    http://${d.includes(":") ? `[${d}]` : d}:${process.argv[1]}/app`);
