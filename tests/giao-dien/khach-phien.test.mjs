@@ -176,9 +176,10 @@ test('a live call: weak and back, lost, ended by either side; the server alone c
   const ta = goi();
   await ta.mo();
   ta.phien.dong();
+  ta.noiGia.kenh[2].readyState = 'closing';
   assert.deepEqual([ta.noiGia.kenh[2].gui, ta.het], [[{ l: 'het', ly: 'khach' }], undefined], 'the goodbye leaves first');
-  ta.hetGio();
-  assert.equal(ta.het.ly, 'toi');
+  ta.noiGia.kenh[2].onmessage({ data: '{"l":"het","ly":"ben-kia"}' });
+  assert.equal(ta.het.ly, 'toi', 'their answer to our goodbye does not make it theirs');
   const an = goi();
   await an.mo();
   an.phien.dong('dong-trang');
@@ -245,7 +246,7 @@ test('health: rates between two looks, the path’s kind, the round trip', () =>
   for (const [gan, xa, mong] of [
     [{ candidateType: 'host' }, { candidateType: 'srflx', address: '203.0.113.9' }, 'nat'], [{ candidateType: 'host' }, { candidateType: 'host', address: '203.0.113.9' }, 'thang'],
     [{ candidateType: 'srflx' }, { candidateType: 'prflx', address: '172.15.0.1' }, 'nat'], [{ candidateType: 'prflx' }, { candidateType: 'prflx', address: 'fd00::1' }, 'thang'],
-    [{ candidateType: 'relay' }, { candidateType: 'host' }, 'chuyen'], [undefined, {}, ''],
+    [{ candidateType: 'relay' }, { candidateType: 'host' }, 'chuyen'], [{ candidateType: 'host' }, { candidateType: 'prflx', address: '' }, ''], [{ candidateType: 'srflx' }, { candidateType: 'prflx' }, 'nat'], [undefined, {}, ''],
   ]) assert.equal(loaiDuong(gan, xa), mong);
   let gio = 0;
   const gui = [];

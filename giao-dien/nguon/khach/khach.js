@@ -247,7 +247,7 @@ export function taoKhach({ chu, kho, io, baoTin, tv, ngonNgu = () => document.do
     window.removeEventListener('resize', xem.doKhung);
     window.removeEventListener('blur', xem.nhaHet);
     const van = chu(...chuHet(het));
-    if (daMo) baoTin('hong', chu('goi.daHet', { ma: chiaMa(ma), ly: van, lau: docGiay(het.lau ?? 0) }));
+    if (daMo) baoTin(het.ly === 'toi' ? 'xong' : 'hong', chu('goi.daHet', { ma: chiaMa(ma), ly: van, lau: docGiay(het.lau ?? 0) }));
     else vao.baoLoi(het.ly === 'toi' ? '' : van);
     vao.veLai(het.ly !== 'khong-co-may');
   }

@@ -35,6 +35,7 @@ export function taoPhienKhach({ kenhHen, maHoa, taoNoi, hen, luc, khi, ma, matKh
   let mieng = []; // candidates that came before the description they belong to
   let coMoTa = false;
   let daGuiMoi = false;
+  let dangDong = false; // we have said goodbye: whatever ends it now, it was us
   let henHet = 0;
   let mo = null; // when it went live
   const kenh = {};
@@ -65,7 +66,8 @@ export function taoPhienKhach({ kenhHen, maHoa, taoNoi, hen, luc, khi, ma, matKh
     batTay?.dong();
     dongNoi();
     if (phien !== null) kenhHen.goi('phien:dong', { phien });
-    if (ketQua.ly === 'khong-duong' && daMo) ketQua = { ly: 'mat' };
+    if (dangDong) ketQua = { ly: 'toi' };
+    else if (ketQua.ly === 'khong-duong' && daMo) ketQua = { ly: 'mat' };
     khi.het({ ...ketQua, daMo, lau: daMo ? Math.round((luc() - mo) / 1000) : 0 });
   }
 
@@ -267,6 +269,7 @@ export function taoPhienKhach({ kenhHen, maHoa, taoNoi, hen, luc, khi, ma, matKh
     guiTin: guiKenh,
     matMay: () => het({ ly: 'mat' }), // nobody answers any more
     dong(ly = 'khach') {
+      dangDong = true;
       guiKenh({ l: 'het', ly });
       if (mo === null && tinh !== 'het') niem({ het: ly });
       // What was just written leaves before the connection is closed under it.

@@ -12,12 +12,15 @@ function capDangDung(bang) {
   return undefined;
 }
 
-// 'thang': no address translation in between; 'nat': through one; 'chuyen': through a relay, which nobody here sets up; '': not known.
+// 'thang': no address translation in between; 'nat': through one; 'chuyen': through a relay, which nobody here sets up; '': not told.
 export function loaiDuong(gan, xa) {
   if (!gan || !xa) return '';
   if (gan.candidateType === 'relay' || xa.candidateType === 'relay') return 'chuyen';
-  const haiDau = gan.candidateType === 'host' && xa.candidateType === 'host';
-  return haiDau || laRieng(xa.address ?? xa.ip) ? 'thang' : 'nat';
+  const cac = [gan.candidateType, xa.candidateType];
+  const dia = xa.address ?? xa.ip;
+  if (laRieng(dia) || cac.every((loai) => loai === 'host')) return 'thang';
+  // Engines keep the address of a side that was only heard of by its packets to themselves.
+  return dia || cac.includes('srflx') ? 'nat' : '';
 }
 
 // bang: a Map of reports (RTCStatsReport is one); truoc: what this gave the time before, or null.
