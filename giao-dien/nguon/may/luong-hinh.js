@@ -21,7 +21,8 @@ export function taoLuongHinh({ khiDoi, docCach = [docBangFetch, docBangAnh], can
   let lanGui = 0; // sends since the last change
   let guiLuc = 0; // when, as performance.now()
   let soHinh = 0;
-  const ve = canvas.getContext('2d', { alpha: false });
+  // Pictures come from memory and go back to it: a canvas on the graphics card would only be in the way.
+  const ve = canvas.getContext('2d', { alpha: false, willReadFrequently: true });
 
   function gui() {
     guiLuc = performance.now();

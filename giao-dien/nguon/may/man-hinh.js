@@ -32,9 +32,10 @@ export function taoManHinh({ tv, van, kho, ve, chia, soNguoi }) {
   }
 
   function veTinh(tinh) {
-    const khoa = { nghi: tv ? 'tinh.nghi' : 'tinh.khongMay', mo: 'tinh.mo', chia: 'tinh.chia', dung: 'tinh.dung' };
+    const khoa = { nghi: 'tinh.nghi', mo: 'tinh.mo', chia: 'tinh.chia', dung: 'tinh.dung' };
     van.dat('tinh', khoa[tinh], { ten: chia.tenManHinh(chia.so) || van.chu('man.macDinh') });
     $('tinh').dataset.tinh = tinh === 'mo' || tinh === 'dung' ? 'cho' : tinh;
+    $('tinh').hidden = !tv;
     $('bc-stop').hidden = tinh === 'nghi';
   }
 

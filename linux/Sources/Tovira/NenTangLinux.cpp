@@ -9,7 +9,6 @@
 #include <QTimer>
 #include <csignal>
 #include <cstdio>
-#include <cstring>
 #include <optional>
 
 #include "BaoMaMayLinux.hpp"
@@ -35,20 +34,27 @@ bool hopCatDungDuoc() {
     return false;
 }
 
-// Two machines find each other by their addresses. In place of them the engine would offer names that only a
-// multicast resolver knows, and many networks have none. What the user asked of the engine stays.
+// What the engine leaves out:
+// - names in place of this machine's addresses, which only a multicast resolver knows and many networks have
+// none of;
+// - keeping a page that came over plain HTTP from this machine's loopback servers: a server in the house has
+// no
+//   certificate, and its page must reach the picture. The loopback servers ask for their secrets all the
+//   same.
+// What the user asked of the engine stays.
 void datCoDongCo() {
     constexpr const char* bien = "QTWEBENGINE_CHROMIUM_FLAGS";
-    constexpr const char* co = "--disable-features=";
-    constexpr const char* tinhNang = "WebRtcHideLocalIpsWithMdns";
+    const QByteArray co = "--disable-features=";
     QByteArray dat = qgetenv(bien);
-    if (dat.contains(tinhNang)) return;
-    // Of several such flags the engine follows the last one only.
-    const auto cho = dat.lastIndexOf(co);
-    if (cho >= 0)
-        dat.insert(cho + static_cast<int>(std::strlen(co)), QByteArray(tinhNang) + ',');
-    else
-        dat += QByteArray(dat.isEmpty() ? "" : " ") + co + tinhNang;
+    for (const char* tinhNang : {"WebRtcHideLocalIpsWithMdns", "BlockInsecurePrivateNetworkRequests"}) {
+        if (dat.contains(tinhNang)) continue;
+        // Of several such flags the engine follows the last one only.
+        const auto cho = dat.lastIndexOf(co);
+        if (cho >= 0)
+            dat.insert(cho + co.size(), QByteArray(tinhNang) + ',');
+        else
+            dat += (dat.isEmpty() ? QByteArray() : QByteArray(" ")) + co + tinhNang;
+    }
     qputenv(bien, dat);
 }
 
