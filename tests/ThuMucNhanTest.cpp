@@ -39,16 +39,24 @@ int goi(Ham* /*kieu*/, const char* ten, int loiDat, ThamSo... thamSo) {
 }  // namespace heThong
 
 #if defined(O_TMPFILE)
+constexpr bool coTepVoDanh = true;
 constexpr int taoVoDanh = O_TMPFILE;
 #else
+constexpr bool coTepVoDanh = false;
 constexpr int taoVoDanh = O_CREAT | O_DIRECTORY;  // no system takes both
+#endif
+// Some C libraries promise that their calls do not throw; a second declaration has to say the same.
+#if defined(__GLIBC__)
+#define KHONG_NEM noexcept
+#else
+#define KHONG_NEM
 #endif
 
 extern "C" {
 int fsync(int tep) {
     return heThong::goi(&fsync, "fsync", heThong::loi.fsync, tep);
 }
-int linkat(int tu, const char* cu, int den, const char* moi, int co) noexcept {
+int linkat(int tu, const char* cu, int den, const char* moi, int co) KHONG_NEM {
     return heThong::goi(&linkat, "linkat", heThong::loi.linkat, tu, cu, den, moi, co);
 }
 int openat(int thuMuc, const char* duong, int co, ...) {
@@ -237,7 +245,8 @@ TEST_P(ThuMucNhanTest, diaDayHayHongKhongDeLaiGi) {
     ghiTep(goc / "cũ", "nguyên");
     ThuMucNhan thuMuc(goc.string(), ThuMucNhan::DoBen::xuongDia, GetParam());
     const auto dayNgay = [](int tep) {
-        const SoTep day(::open("/dev/full", O_WRONLY | O_CLOEXEC));
+        SoTep day(::open("/dev/full", O_WRONLY | O_CLOEXEC));
+        if (!day) day = SoTep(::open("/dev/null", O_RDONLY | O_CLOEXEC));  // not every system has a full disk
         ASSERT_EQ(::dup2(day.so(), tep), tep);
     };
     for (const char* duong : {"cũ", "mới/thêm/tệp"}) {
@@ -247,7 +256,7 @@ TEST_P(ThuMucNhanTest, diaDayHayHongKhongDeLaiGi) {
             EXPECT_EQ(thuMuc.nhan(duong, byte("x")), Ra::hong) << loi;
             heThong::loi.fsync = 0;
             heThong::loi.linkat = loi;
-            if (heThong::loi.tepVoDanh == 0) {
+            if (coTepVoDanh && heThong::loi.tepVoDanh == 0) {
                 EXPECT_EQ(thuMuc.nhan(duong, byte("x")), Ra::hong) << loi;
             }
             heThong::loi.linkat = 0;
