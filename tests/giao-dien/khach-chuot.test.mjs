@@ -62,9 +62,12 @@ test('edges push, and how many lines a view can use', () => {
   const goc = dayMep(0, 800, 1000, 800);
   assert.ok(goc.dx > 0 && goc.dy < 0);
   assert.deepEqual(dayMep(-5, 900, 1000, 800), { dx: 0, dy: 0 }, 'outside it is somebody else’s');
-  for (const [net, che, cao, tiLe, mong] of [[0, VUA, 800, 1, 800], [0, VUA, 700, 3, 2100], [0, VUA, 2160, 2, 2880], [0, THUC, 300, 1, 2880], [1080, THUC, 300, 1, 1080], [0, VUA, 50, 1, 360]]) {
-    assert.equal(caoCan(net, che, cao, tiLe), mong);
-  }
+  const o = (rongO, caoO, tiLe = 1, phong = 1) => ({ rongO, caoO, rongHinh: 1920, caoHinh: 1080, tiLe, phong });
+  for (const [ten, net, che, nhinO, mong] of [
+    ['a desktop', 0, VUA, o(2000, 800), 800], ['a phone held upright', 0, VUA, o(390, 760, 3), 659], ['… and enlarged', 0, VUA, o(390, 760, 3, 3), 1975],
+    ['more than any host has', 0, VUA, o(3840, 2160, 2), 2880], ['a strip', 0, VUA, o(90, 50), 360], ['1:1', 0, THUC, o(300, 300), 2880],
+    ['asked for', 1080, THUC, o(300, 300), 1080], ['no picture yet', 0, VUA, { rongO: 1600, caoO: 1200 }, 900],
+  ]) assert.equal(caoCan(net, che, nhinO), mong, ten);
 });
 
 test('wheels: a notch is 120 whatever the engine calls it, a touchpad stays smooth', () => {

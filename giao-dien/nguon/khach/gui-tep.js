@@ -113,7 +113,7 @@ export function taoGuiTep({ khiDoi, hen }) {
   async function guiManh(byte, cua) {
     for (let i = 0; i < byte.length; i += MANH) {
       while (luot === cua && !duocGuiThem()) await new Promise((f) => { danhThuc = f; });
-      if (luot !== cua) return false;
+      if (luot !== cua || !kenhMo()) return false;
       const manh = byte.subarray(i, i + MANH);
       kenh.send(dongGoi(dang.id, manh));
       dang.daGui += manh.length;
@@ -141,6 +141,7 @@ export function taoGuiTep({ khiDoi, hen }) {
       if (byte.length !== Math.min(DOC, co - tu)) return ketThuc('hong', 'doi', true);
       if (!(await guiManh(byte, cua))) return;
     }
+    if (!kenhMo()) return;
     dang.tinh = 'luu';
     gui({ l: 'xong', id });
     choTraLoi(GIU_TIN);

@@ -104,7 +104,7 @@ export function taoKhach({ chu, kho, io, baoTin, tv, ngonNgu = () => document.do
   }
 
   function nhacThoat() {
-    if (daNhac || coCham()) return;
+    if (daNhac || coCham() || !may?.choDieuKhien || !may.troNang) return;
     daNhac = 'dang';
     veNgo();
     henLoiNhac = HEN.dat(() => {
@@ -127,13 +127,20 @@ export function taoKhach({ chu, kho, io, baoTin, tv, ngonNgu = () => document.do
     $('k-phien').hidden = false;
     $('k-thanh').hidden = true;
     $('k-mo-thanh').hidden = true;
-    document.documentElement.classList.toggle('k-dang', true);
     window.addEventListener('pagehide', khiDi);
     window.addEventListener('resize', xem.doKhung);
     window.addEventListener('blur', xem.nhaHet);
+    phuTrang(true);
     $('k-thoi').focus();
     moKenh();
     goiMay();
+  }
+
+  // A session covers the page: what lies under it is not for the keyboard either.
+  function phuTrang(phu) {
+    document.documentElement.classList.toggle('k-dang', phu);
+    $('k-vao').hidden = phu;
+    document.querySelector('.dau').inert = phu;
   }
 
   function goiMay() {
@@ -196,7 +203,7 @@ export function taoKhach({ chu, kho, io, baoTin, tv, ngonNgu = () => document.do
   function khiChao(tin) {
     may = tin;
     veMay();
-    if (may.choDieuKhien && may.troNang && xem.coPhim) nhacThoat();
+    if (xem.coPhim) nhacThoat();
   }
 
   function dungMay() {
@@ -241,7 +248,7 @@ export function taoKhach({ chu, kho, io, baoTin, tv, ngonNgu = () => document.do
     kenhHen.dong();
     kenhHen = goi = may = null;
     $('k-phien').hidden = true;
-    document.documentElement.classList.toggle('k-dang', false);
+    phuTrang(false);
     document.title = 'Tovira';
     window.removeEventListener('pagehide', khiDi);
     window.removeEventListener('resize', xem.doKhung);

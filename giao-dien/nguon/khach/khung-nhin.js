@@ -95,9 +95,15 @@ export function dayMep(x, y, rong, cao) {
   return { dx: motChieu(x, rong), dy: motChieu(y, cao) };
 }
 
-// Lines that the view can use: what `net` asks for, or as many as it has device pixels. At 1:1 all that there are.
-export function caoCan(net, che, caoO, tiLe, phong = 1) {
+const TI_LE_THUONG = 9 / 16; // of a picture that is not there yet
+const CAO_MIN = 360;
+const CAO_MAX = 2880;
+
+// Lines that the view can use: what `net` asks for, or as many device pixels as the fitted picture is high, enlarged as
+// it is. At 1:1 all that there are.
+export function caoCan(net, che, { rongO, caoO, rongHinh = 0, caoHinh = 0, tiLe = 1, phong = 1 }) {
   if (net > 0) return net;
-  if (che === THUC) return 2880;
-  return kep(Math.ceil(caoO * tiLe * phong), 360, 2880);
+  if (che === THUC) return CAO_MAX;
+  const vua = Math.min(caoO, rongO * (rongHinh > 0 ? caoHinh / rongHinh : TI_LE_THUONG));
+  return kep(Math.ceil(vua * tiLe * phong), CAO_MIN, CAO_MAX);
 }

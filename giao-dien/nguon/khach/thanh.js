@@ -141,7 +141,7 @@ export function taoThanh({ chu, kho, xem, mac, hen, khiChonMan, khiNet, khiHet, 
   }
 
   function veManHinh(may) {
-    const ds = Array.isArray(may?.manHinh) ? may.manHinh : [];
+    const ds = Array.isArray(may?.manHinh) ? may.manHinh.filter((m) => m && typeof m === 'object') : [];
     const dau = JSON.stringify(ds);
     $('k-o-man').hidden = ds.length < 2;
     if (dau !== veMan) {

@@ -37,7 +37,7 @@ export function taoXem({ guiLenh, cham, guiCao, khiThoat, khiDan, duocDan, daoCm
   const phan = (x, y, ra) => nhin.phan(x, y, ra);
   const ngon = taoCham({
     chuot, nhin: Object.freeze({ phan, keo: nhin.keo, phongTai: nhin.phongTai, tranRa: nhin.tranRa, get phong() { return nhin.phong; } }),
-    hen, luc: () => performance.now(), khiDoi: ve, duocGui: () => duocGui,
+    hen, luc: () => performance.now(), khiDoi: veSau, duocGui: () => duocGui,
   });
 
   // ---- Where the picture lies
@@ -53,12 +53,24 @@ export function taoXem({ guiLenh, cham, guiCao, khiThoat, khiDan, duocDan, daoCm
     if (!rongO || !caoO) return;
     nhin.doi({ rongO, caoO, rongHinh: hinh.videoWidth, caoHinh: hinh.videoHeight, tiLe: window.devicePixelRatio || 1 });
     ve();
+    hoiCao();
+  }
+
+  // After the view was moved or enlarged, which may call for more lines.
+  function veSau() {
+    ve();
+    hoiCao();
+  }
+
+  function hoiCao() {
     hen.huy(henCao);
     henCao = hen.dat(baoCao, CHO_CAO);
   }
 
   function baoCao() {
-    const can = caoCan(net, nhin.che, o.clientHeight, window.devicePixelRatio || 1);
+    const can = caoCan(net, nhin.che, {
+      rongO: o.clientWidth, caoO: o.clientHeight, rongHinh: hinh.videoWidth, caoHinh: hinh.videoHeight, tiLe: window.devicePixelRatio || 1, phong: nhin.phong,
+    });
     const cao = net || (BAC_NET.find((b) => b >= can) ?? BAC_NET[BAC_NET.length - 1]);
     if (!dangXem || cao === caoDaGui) return;
     if (guiCao(cao)) caoDaGui = cao;
@@ -138,7 +150,7 @@ export function taoXem({ guiLenh, cham, guiCao, khiThoat, khiDan, duocDan, daoCm
     // Engines report a touchpad's pinch as a wheel with a Ctrl that nobody holds.
     if (e.ctrlKey && !banPhim.coCtrl) {
       nhin.phongTai(nhin.phong * Math.exp(-e.deltaY * PHONG_CUON), p.x, p.y);
-      ve();
+      veSau();
     } else chuot.cuonTai(phan(p.x, p.y), doiCuon(e));
   }
 
