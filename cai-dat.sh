@@ -1,5 +1,7 @@
 #!/usr/bin/env bash
 # Installs what building, running and testing Tovira needs and this machine does not have yet. Nothing else.
+#
+#   ./cai-dat.sh [--nha-phat-trien]   with what formatting, linting, fuzzing and the benchmarks need, too
 set -euo pipefail
 
 noi() { printf '• %s\n' "$*"; }
@@ -18,7 +20,14 @@ goiDebian=(
     xvfb xauth openbox xdotool xterm x11-utils x11-xserver-utils x11-apps imagemagick curl dbus
     fonts-dejavu-core fonts-noto-core
 )
+# Second compiler, formatter, linter and fuzzer; the benchmarks' libraries; the peers they measure beside.
+goiDebianPhatTrien=(
+    clang clang-format clang-tidy libclang-rt-dev ccache
+    libbenchmark-dev libsimdjson-dev libcairo2-dev
+    nginx-light ffmpeg gstreamer1.0-tools gstreamer1.0-plugins-good
+)
 goiHomebrew=(cmake ninja pkgconf asio fast_float utf8proc uriparser libspng googletest node)
+goiHomebrewPhatTrien=(clang-format llvm ccache google-benchmark simdjson cairo)
 
 # The packages of a folder's package-lock.json, when that changed since they were last installed.
 caiNpm() {
@@ -65,6 +74,15 @@ caiHomebrew() {
     noi "Installing ${#thieu[@]} packages: ${thieu[*]}"
     brew install --quiet "${thieu[@]}"
 }
+
+case "${1:-}" in
+    "") ;;
+    --nha-phat-trien)
+        goiDebian+=("${goiDebianPhatTrien[@]}")
+        goiHomebrew+=("${goiHomebrewPhatTrien[@]}")
+        ;;
+    *) echo "Unknown option: $1" >&2; exit 2 ;;
+esac
 
 case "$(uname -s)" in
     Darwin) caiHomebrew ;;

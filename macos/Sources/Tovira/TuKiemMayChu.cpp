@@ -294,6 +294,25 @@ KetLuan nhanRaNgoai(const ChoDua& choDua) {
     });
 }
 
+// Larger than the piece that memory is lent in.
+KetLuan nhanTepTo(const ChoDua& choDua) {
+    return voiNhan(choDua, [](const MayChuNhan& may, const fs::path& thuMuc) {
+        std::string than(2'500'000, 'x');
+        for (std::size_t i = 0; i < than.size(); i += 1000)
+            than[i] = static_cast<char>(i / 1000);
+        const auto tra = traTrangThai(hoi(may.cong(), ghi(may.biMat(), tenMaHoa, than)), "200 OK");
+        return docTep(thuMuc / "anh" / "tep.txt") == than ? tra : TuKiem::hong("tệp ghi ra khác thân đã gửi");
+    });
+}
+
+KetLuan nhanQuaLienKet(const ChoDua& choDua) {
+    return voiNhan(choDua, [](const MayChuNhan& may, const fs::path& thuMuc) {
+        fs::create_directory_symlink(thuMuc.parent_path(), thuMuc / "anh");
+        const auto tra = traTrangThai(hoi(may.cong(), ghi(may.biMat(), tenMaHoa, "x")), "400 Bad Request");
+        return fs::exists(thuMuc.parent_path() / "tep.txt") ? TuKiem::hong("đã ghi ra ngoài thư mục") : tra;
+    });
+}
+
 KetLuan nhanSaiPhuongThuc(const ChoDua& choDua) {
     return voiNhan(choDua, [](const MayChuNhan& may, const fs::path&) {
         return traTrangThai(hoi(may.cong(), lay("/ghi?k=" + may.biMat())), "405 Method Not Allowed");
@@ -337,6 +356,8 @@ constexpr std::array cacNhanTep{
     Muc{"nhận tệp: mã bí mật 48 ký tự", nhanBiMat},
     Muc{"nhận tệp: sai mã bí mật thì 403 và không ghi", nhanSaiBiMat},
     Muc{"nhận tệp: \"../\" thì 400 và không ra ngoài", nhanRaNgoai},
+    Muc{"nhận tệp: liên kết dẫn ra ngoài thì 400", nhanQuaLienKet},
+    Muc{"nhận tệp: tệp 2,5 MB đúng từng byte", nhanTepTo},
     Muc{"nhận tệp: GET thì 405", nhanSaiPhuongThuc},
     Muc{"nhận tệp: đường khác thì 404", nhanSaiDuong},
     Muc{"nhận tệp: thân quá dài thì 413", nhanQuaDai},
