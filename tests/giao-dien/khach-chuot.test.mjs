@@ -78,6 +78,7 @@ test('wheels: a notch is 120 whatever the engine calls it, a touchpad stays smoo
     ['Firefox, three lines', { deltaMode: 1, deltaX: 0, deltaY: 3 }, 0, 120],
     ['to the right', { deltaMode: 1, deltaX: 3, deltaY: 0 }, 120, 0],
     ['pages', { deltaMode: 2, deltaX: 0, deltaY: -1 }, 0, -800],
+    ['a touchpad whose step looks like a notch', { deltaMode: 0, deltaX: 0, deltaY: 40, wheelDeltaX: 0, wheelDeltaY: -120 }, 0, 40],
     ['a touchpad', { deltaMode: 0, deltaX: 1.5, deltaY: -7.25, wheelDeltaX: -4, wheelDeltaY: 21 }, 1.5, -7.25],
   ]) assert.deepEqual(doiCuon(e), { dx, dy }, ten);
 });

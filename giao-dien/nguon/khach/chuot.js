@@ -10,10 +10,12 @@ const TRON = 1e5; // fractions are sent to a hundred-thousandth: finer than any 
 const lamTron = (p) => ({ x: Math.round(p.x * TRON) / TRON, y: Math.round(p.y * TRON) / TRON });
 
 // One axis of a wheel event in the host's units, down and right positive. A notch is 100, 120 or another number of pixels
-// from engine to engine; wheelDelta tells notches (whole 120s) apart from a touchpad's smooth steps.
+// from engine to engine; wheelDelta tells notches (whole 120s) apart from a touchpad's smooth steps, of which it is three
+// times the pixels.
 function motTruc(delta, tho, che) {
   if (!delta) return 0;
-  if (Number.isFinite(tho) && tho !== 0 && tho % MOT_NAC === 0) return Math.sign(delta) * Math.abs(tho);
+  const laNac = Number.isFinite(tho) && tho !== 0 && tho % MOT_NAC === 0 && Math.abs(tho) !== 3 * Math.abs(delta);
+  if (che === 0 && laNac) return Math.sign(delta) * Math.abs(tho);
   return delta * (che === 1 ? MOT_DONG : che === 2 ? MOT_TRANG : 1);
 }
 

@@ -190,6 +190,7 @@ export function taoKhach({ chu, kho, io, baoTin, tv, ngonNgu = () => document.do
     nhip = taoNhip({ gui: guiTin, luc });
     batNhip();
     giuSang();
+    doSucKhoe();
     if (!coCham()) xem.batPhim();
   }
 
@@ -208,10 +209,11 @@ export function taoKhach({ chu, kho, io, baoTin, tv, ngonNgu = () => document.do
 
   function dungMay() {
     for (const id of [henNhip, henSucKhoe, henLoiNhac]) HEN.huy(id);
-    sucKhoe = null;
+    if (daNhac) daNhac = 'roi';
+    sucKhoe = phien = may = null;
     dangSong = nghiNgo = false;
-    phien = null;
     xem.dung();
+    veMay();
     thanh.dongBang();
     guiTep.datKenh(null);
     khoaManHinh?.release?.().catch(() => {});
@@ -246,7 +248,7 @@ export function taoKhach({ chu, kho, io, baoTin, tv, ngonNgu = () => document.do
     bangTam.xoa();
     xem.datLuong(null);
     kenhHen.dong();
-    kenhHen = goi = may = null;
+    kenhHen = goi = null;
     $('k-phien').hidden = true;
     phuTrang(false);
     document.title = 'Tovira';

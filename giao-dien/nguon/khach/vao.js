@@ -84,7 +84,7 @@ export function taoVao({ chu, kho, canDiaChi, khiGoi }) {
   $('k-dia').value = kho.doc('mayChuKhach', '');
 
   return Object.freeze({
-    ve, baoLoi, goi,
+    ve, baoLoi,
     nho(ma) {
       mayCu.nho(ma, Date.now());
       ve();
@@ -95,9 +95,9 @@ export function taoVao({ chu, kho, canDiaChi, khiGoi }) {
       $('k-mat').select?.();
       $('k-mat').focus();
     },
-    xoaMatKhau: () => { $('k-mat').value = ''; },
-    tuTim(o) {
-      if (o) $('k-ma').value = chiaMa(o);
+    xoaMatKhau() {
+      Object.assign($('k-mat'), { value: '', type: 'password' });
+      ve();
     },
   });
 }
