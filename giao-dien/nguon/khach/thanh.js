@@ -128,9 +128,9 @@ export function taoThanh({ chu, kho, xem, mac, hen, khiChonMan, khiNet, khiHet, 
 
   // A phone's keyboard covers the page without making it smaller.
   function theoKhungNhin() {
-    const vv = window.visualViewport;
-    const che = vv && vv.scale === 1 ? window.innerHeight - vv.height : 0;
-    $('k-phien').style.bottom = che > 1 ? `${che}px` : '';
+    const { scale, offsetTop, height } = window.visualViewport;
+    const che = scale === 1 ? window.innerHeight - offsetTop - height : 0;
+    Object.assign($('k-phien').style, { top: scale === 1 ? `${offsetTop}px` : '', bottom: che > 1 ? `${che}px` : '' });
     xem.doKhung();
   }
 
@@ -184,16 +184,16 @@ export function taoThanh({ chu, kho, xem, mac, hen, khiChonMan, khiNet, khiHet, 
     khi('k-het', khiHet);
     khi('k-man', () => khiChonMan(Number($('k-man').value)), 'change');
     khi('k-net', () => {
-      kho.ghi('netXem', $('k-net').value);
+      kho.ghi('netXem', $('k-net').value, TvKho.QUA_CONG);
       khiNet(Number($('k-net').value));
     }, 'change');
     khi('k-hien-hang', () => {
-      kho.ghi('hienHang', $('k-hien-hang').checked ? '1' : '0');
+      kho.ghi('hienHang', $('k-hien-hang').checked ? '1' : '0', TvKho.QUA_CONG);
       hienHang($('k-hien-hang').checked);
     }, 'change');
     khi('k-dao', () => {
       banPhim.nhaHet();
-      kho.ghi('daoCmd', $('k-dao').checked ? '1' : '0');
+      kho.ghi('daoCmd', $('k-dao').checked ? '1' : '0', TvKho.QUA_CONG);
     }, 'change');
     khi('k-phien', (e) => {
       if (e?.key !== 'Escape' || e.target === $('k-go')) return;
@@ -225,7 +225,7 @@ export function taoThanh({ chu, kho, xem, mac, hen, khiChonMan, khiNet, khiHet, 
       veChe();
       if (coCham()) tuCat();
       for (const ten of ['fullscreenchange', 'webkitfullscreenchange']) document.addEventListener(ten, khiToan);
-      window.visualViewport?.addEventListener('resize', theoKhungNhin);
+      for (const ten of ['resize', 'scroll']) window.visualViewport?.addEventListener(ten, theoKhungNhin);
     },
     dung() {
       dongBang();
@@ -235,7 +235,8 @@ export function taoThanh({ chu, kho, xem, mac, hen, khiChonMan, khiNet, khiHet, 
       $('k-mo-sk').setAttribute('aria-pressed', 'false');
       if (toan()) doiToan();
       for (const ten of ['fullscreenchange', 'webkitfullscreenchange']) document.removeEventListener(ten, khiToan);
-      window.visualViewport?.removeEventListener('resize', theoKhungNhin);
+      for (const ten of ['resize', 'scroll']) window.visualViewport?.removeEventListener(ten, theoKhungNhin);
+      Object.assign($('k-phien').style, { top: '', bottom: '' });
     },
   });
 }

@@ -44,7 +44,11 @@ export function taoXem({ guiLenh, cham, guiCao, khiThoat, khiDan, duocDan, daoCm
   function ve() {
     const h = nhin.hinhChuNhat();
     if (!h) return;
-    Object.assign(hinh.style, { width: `${h.rong}px`, height: `${h.cao}px`, transform: `translate(${h.x}px, ${h.y}px)` });
+    // The view itself may begin between two device pixels, below a bar whose height is no whole number of them.
+    const r = o.getBoundingClientRect();
+    const tiLe = window.devicePixelRatio || 1;
+    const dich = (v, goc) => Math.round((goc + v) * tiLe) / tiLe - goc;
+    Object.assign(hinh.style, { width: `${h.rong}px`, height: `${h.cao}px`, transform: `translate(${dich(h.x, r.left)}px, ${dich(h.y, r.top)}px)` });
     o.classList.toggle('k-net', nhin.che === THUC && nhin.phong === 1);
   }
 
