@@ -32,7 +32,9 @@ export function taoHen() {
 export function taoCam({ noi = true } = {}) {
   const nghe = {};
   const cam = {
-    connected: noi, volatile: {}, gui: [],
+    connected: noi, gui: [],
+    get volatile() { throw new Error('reading it marks the next packet as one that may be lost'); },
+    timeout() { throw new Error('not used'); },
     on(ten, ham) { (nghe[ten] ||= []).push(ham); return cam; },
     emit(ten, du, tra) { cam.gui.push([ten, du, tra]); return cam; },
     disconnect() { cam.connected = false; return cam; },

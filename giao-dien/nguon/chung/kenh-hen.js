@@ -14,8 +14,10 @@ export function taoKenhHen({ io, diaChi, hen = { dat: (h, ms) => setTimeout(h, m
   const cho = new Set(); // answers that are still awaited
   const choNoi = []; // what is to be sent when there is a connection
   const cam = io(diaChi, { reconnectionDelayMax: 10000 });
-  // The substitute of a packaged page never connects but answers everything; it has no volatile flag.
-  const guiDuoc = () => cam.connected || !cam.volatile;
+  // The substitute of a packaged page never connects but answers everything. It has fewer methods; of the real client's
+  // only such are looked at as do nothing by being read (`volatile` would let the next packet be lost).
+  const laThay = typeof cam.timeout !== 'function';
+  const guiDuoc = () => cam.connected || laThay;
 
   cam.on('connect', () => {
     choNoi.splice(0).forEach((gui) => gui());
@@ -29,6 +31,7 @@ export function taoKenhHen({ io, diaChi, hen = { dat: (h, ms) => setTimeout(h, m
 
   return {
     khi,
+    laThay,
     get dangNoi() { return !!cam.connected; },
     nghe: (ten, ham) => cam.on(ten, (du) => ham(du && typeof du === 'object' ? du : {})),
     goi(ten, du, choToi = 10000) {

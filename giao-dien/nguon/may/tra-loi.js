@@ -62,7 +62,7 @@ export function taoTraLoi({ kenh, kho, sinhThe, khi, hen }) {
     hen.huy(dongHo);
     if (tinh !== 'thay' && tinh !== 'khong-may-chu') doiTinh('mat');
   };
-  if (!kenh.dangNoi) dangKy();
+  if (kenh.dangNoi || kenh.laThay) dangKy(); // else at the first connection
 
   return {
     dangKy,
