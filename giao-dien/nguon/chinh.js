@@ -11,7 +11,7 @@ const kho = TvKho.tao(window);
 const ve = taoVe();
 const van = taoVan({ kho, tv, khiDoi: veChu });
 const baoTin = taoBaoTin(van.chu);
-const may = taoMay({ tv, van, kho, ve, baoTin, io: window.io });
+const may = taoMay({ tv, van, kho, ve, baoTin, io: window.io, ban: () => khach.dangDung });
 const khach = taoKhach({ goc: $('phan-khach'), chu: van.chu, kho, io: window.io, baoTin, tv });
 
 function veChu() {

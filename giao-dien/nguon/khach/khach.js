@@ -305,6 +305,7 @@ export function taoKhach({ chu, kho, io, baoTin, tv, ngonNgu = () => document.do
   khi('k-go', nhacThoat, 'focus');
 
   return {
+    get dangDung() { return !!phien; }, // a call is under way: the page must not be left
     veChu() {
       vao.ve();
       thanh.veChu();

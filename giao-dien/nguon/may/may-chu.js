@@ -1,9 +1,10 @@
 import { $, khi } from '../chung/trang.js';
 
+const BAN_LAI = 5000; // ms between looks whether a call that keeps the page here has ended
 const VE_SAU = 1500; // ms without a share before the page leaves it for the server
 
 // The server as the host sees it: lost, back, or never there because this is the packaged copy of the page.
-export function taoMayChu({ tv, ve, chia, soNguoi }) {
+export function taoMayChu({ tv, ve, chia, ban }) {
   let dangChia = false; // as of the last look
   let goiKem = null; // served by the packaged interface; null until known
   let matKetNoi = false;
@@ -17,7 +18,9 @@ export function taoMayChu({ tv, ve, chia, soNguoi }) {
   }
 
   function veKhiRanh() {
-    if (choVe && chia.tinh() === 'nghi' && soNguoi() === 0) veMayChu();
+    if (!choVe || chia.tinh() !== 'nghi') return;
+    if (ban()) setTimeout(veKhiRanh, BAN_LAI);
+    else veMayChu();
   }
 
   // The packaged interface puts a substitute without a server in the socket client's place and names it by this code.

@@ -22,8 +22,8 @@ import { taoTuyChon } from './tuy-chon.js';
 const HOI_GIAY = 30; // seconds to answer before a caller is refused
 
 // The host's role: what the person at this machine sees, and the hooks that the host calls. Without a host (tv null)
-// everything is there but switched off.
-export function taoMay({ tv, van, kho, ve, baoTin, io }) {
+// everything is there but switched off. ban() says whether the other role is in a call.
+export function taoMay({ tv, van, kho, ve, baoTin, io, ban }) {
   const hen = { dat: (ham, ms) => setTimeout(ham, ms), huy: (so) => clearTimeout(so) };
   const noiDuoc = !!tv && typeof RTCPeerConnection === 'function' && typeof io === 'function';
   const canh = noiDuoc ? TvMaHoa.taoCanhMatKhau({
@@ -39,7 +39,7 @@ export function taoMay({ tv, van, kho, ve, baoTin, io }) {
   const manHinh = taoManHinh({ tv, van, kho, ve, chia, soNguoi });
   taoQuyen({ tv, van, ve, chia });
   const thietLap = taoThietLap({ tv, van, ve, baoTin });
-  const mayChu = taoMayChu({ tv, ve, chia, soNguoi });
+  const mayChu = taoMayChu({ tv, ve, chia, ban: () => soNguoi() > 0 || ban() });
   const tepNhan = taoTepNhan({ tv, van, kho, ve, baoTin, mayChu });
   const tuyChon = taoTuyChon({ tv, kho, ve });
   const luuTep = taoLuuTep({ thuMuc: () => tepNhan.thuMuc, khiGhi: (thuMuc, ten) => tepNhan.them(thuMuc, ten) });
