@@ -73,16 +73,19 @@ export function docBangAnh(duong, khi) {
   const nhip = setInterval(() => {
     if (anh.naturalWidth > 0) khi.hinh(anh, anh.naturalWidth, anh.naturalHeight);
   }, NHIP_ANH);
+  const hen = setTimeout(() => { if (!anh.naturalWidth) hong('khong-hinh'); }, CHO_ANH_DAU);
   function go() {
     clearInterval(nhip);
+    clearTimeout(hen);
     anh.onerror = null;
     anh.src = '';
     khung.remove();
   }
-  anh.onerror = () => {
+  function hong(ly) {
     go();
-    khi.het('loi');
-  };
+    khi.het(ly);
+  }
+  anh.onerror = () => hong('loi');
   anh.src = duong;
   return go;
 }

@@ -62,12 +62,10 @@ export function taoLuongHinh({ khiDoi, docCach = [docBangFetch, docBangAnh], can
         soHong += 1;
         const doiCach = ly === 'khong-hinh' || (ly !== 'het' && !coHinh);
         if (doiCach) cach = (thuCach + 1) % docCach.length;
-        if (coHinh) {
-          coHinh = false;
-          khiDoi();
-        }
+        coHinh = false;
         // The other way is tried at once, the first one again only after a while.
         hen = setTimeout(() => { if (duong) doc(); }, doiCach && cach > 0 ? 0 : MO_LAI);
+        khiDoi(); // may lead to another address at once
       },
     });
   }
