@@ -184,10 +184,11 @@ TEST(LuatManHinh, canhNguoiXem) {
         return canh.nhip(so, luc) == CanhNguoiXem::Viec::ketThuc;
     };
     EXPECT_FALSE(nhip(std::nullopt, 1e6)) << "the first viewer is waited for";
-    EXPECT_FALSE(nhip(0, 1e6));
+    EXPECT_EQ(canh.nhip(0, 1e6), CanhNguoiXem::Viec::vuaVang);
+    EXPECT_EQ(canh.nhip(0, 1e6 + 2), CanhNguoiXem::Viec::tiep) << "only once";
     EXPECT_FALSE(nhip(0, 1e6 + 7.9));
     EXPECT_FALSE(nhip(2, 1e6 + 8)) << "somebody is back";
-    EXPECT_FALSE(nhip(0, 1e6 + 10));
+    EXPECT_EQ(canh.nhip(0, 1e6 + 10), CanhNguoiXem::Viec::vuaVang);
     EXPECT_FALSE(nhip(0, 1e6 + 17.9));
     EXPECT_TRUE(nhip(0, 1e6 + 18));
 }
@@ -530,8 +531,16 @@ TEST_F(ManHinhThu, khongConAiXemThiTuDung) {
     auto khach = vaoXem();
     vong.tien(60);
     EXPECT_TRUE(mh->dangPhat());
+    ASSERT_TRUE(dieuKhien.lam(R"({"t":"key_down","code":"KeyA"})"));
+    vong.tien(2);
+    EXPECT_EQ(dieuKhien.dangGiu(), 1U) << "somebody is there to let go of it";
     khach.reset();
     // Nothing tells when the server has noticed that a viewer left; no wait here is longer than its own.
+    EXPECT_TRUE(choDen([&] {
+        vong.tien(2);
+        return dieuKhien.dangGiu() == 0;
+    }));
+    EXPECT_TRUE(mh->dangPhat()) << "they may come back";
     EXPECT_TRUE(choDen([&] {
         vong.tien(2);
         return !mh->dangPhat();

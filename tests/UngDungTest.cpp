@@ -36,6 +36,8 @@ struct NenKhayGia final : Khay::Nen {
     Cac meo;
     void dungMuc(Khay&, const VeKhay& ve, const char*) override { meo.emplace_back(ve.meo); }
     void doiVe(const VeKhay& ve) override { meo.emplace_back(ve.meo); }
+    bool coCho = true;
+    bool coChoDat() override { return coCho; }
     void moHuongDan() override {}
     void moGioiThieu() override {}
 };
@@ -87,6 +89,13 @@ TEST_F(UngDungTest, khoiDongNgamThiKhongHienMaVanMoDuoc) {
     EXPECT_EQ(cua.lay(), Cac{});
     ung.khiMoLaiUngDung(UngDung::CoCuaSoHien::khong);
     EXPECT_EQ(cua.lay(), Cac{"hien"});
+}
+
+TEST_F(UngDungTest, khoiDongNgamMaKhongCoKhayThiThuNho) {
+    nenKhay.coCho = false;
+    ung.khiKhoiDongXong(UngDung::KhoiDong::ngam);
+    EXPECT_EQ(nen.viec, (Cac{"icon", "phụ"}));
+    EXPECT_EQ(cua.lay(), (Cac{"dung", "hienThuNho"}));
 }
 
 TEST_F(UngDungTest, theoDoiChiaSeMoiGiay) {

@@ -18,10 +18,10 @@ struct NenCuaGia final : DoCuaSo::NenCua {
 
     void dung(CuaSo&) override { viec.emplace_back("dung"); }
     DoCuaSo::TrangThai trangThai() const override { return cua; }
-    void hien() override {
-        viec.emplace_back("hien");
+    void hien(DoCuaSo::CachHien cach) override {
+        cua.thuNho = cach == DoCuaSo::CachHien::thuNho;
+        viec.emplace_back(cua.thuNho ? "hienThuNho" : "hien");
         cua.hienRa = true;
-        cua.thuNho = false;
     }
     void an() override {
         viec.emplace_back("an");

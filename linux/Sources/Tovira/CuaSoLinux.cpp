@@ -78,7 +78,8 @@ DoCuaSo::TrangThai CuaSoLinux::trangThai() const {
             !dangDoXa_ && isMinimized()};
 }
 
-void CuaSoLinux::hien() {
+void CuaSoLinux::hien(DoCuaSo::CachHien cach) {
+    if (cach == DoCuaSo::CachHien::thuNho) return showMinimized();
     setWindowState(windowState() & ~Qt::WindowMinimized);
     show();
     raise();

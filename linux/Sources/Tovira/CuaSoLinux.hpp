@@ -23,7 +23,7 @@ class CuaSoLinux final : public QMainWindow, public CuaSo::NenCua {
 
     void dung(CuaSo& chu) override;
     [[nodiscard]] DoCuaSo::TrangThai trangThai() const override;
-    void hien() override;
+    void hien(DoCuaSo::CachHien cach) override;
     void an() override;
     void doXa() override;
     void veCho(Diem goc) override;

@@ -4,12 +4,12 @@
 #include <xkbcommon/xkbcommon-x11.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <optional>
 #include <utility>
 
 #include "CaiDatXLinux.hpp"
 #include "DanhSachManHinhLinux.hpp"
+#include "DieuKhienLinux.hpp"
 #include "DieuKhienNen.hpp"
 #include "PhienLinux.hpp"
 #include "TayXLinux.hpp"
@@ -51,7 +51,8 @@ std::unique_ptr<TayXLinux> moTay(VongLap& vongLap) {
 
 class DieuKhienLinux final : public DieuKhien::Nen {
   public:
-    explicit DieuKhienLinux(VongLap& vongLap) : tay_(moTay(vongLap)) {}
+    DieuKhienLinux(VongLap& vongLap, NoiThieu noiThieu)
+        : noiThieu_(std::move(noiThieu)), tay_(moTay(vongLap)) {}
 
     bool duocPhep() override { return tay_ && tay_->song(); }
     KhungHinh khungManHinhChinh() override {
@@ -84,11 +85,11 @@ class DieuKhienLinux final : public DieuKhien::Nen {
         if (tay_) tay_->boChuDangCho();
     }
     void moCaiDatTroNang() override {
-        const auto lyDo = lyDoKhongDieuKhien();
-        if (!lyDo.empty()) std::fprintf(stderr, "Tovira: %s\n", lyDo.c_str());
+        if (noiThieu_) noiThieu_(lyDoKhongDieuKhien());
     }
 
   private:
+    NoiThieu noiThieu_;
     std::unique_ptr<TayXLinux> tay_;
     std::u32string chu_;  // of the text command at hand
     bool dangGoChu_ = false;
@@ -96,8 +97,12 @@ class DieuKhienLinux final : public DieuKhien::Nen {
 
 }  // namespace
 
+std::unique_ptr<DieuKhien::Nen> taoNenDieuKhien(VongLap& vongLap, NoiThieu noiThieu) {
+    return std::make_unique<DieuKhienLinux>(vongLap, std::move(noiThieu));
+}
+
 std::unique_ptr<DieuKhien::Nen> taoNenDieuKhien(VongLap& vongLap) {
-    return std::make_unique<DieuKhienLinux>(vongLap);
+    return taoNenDieuKhien(vongLap, nullptr);
 }
 
 }  // namespace tovira

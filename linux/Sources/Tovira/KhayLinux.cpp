@@ -64,15 +64,15 @@ void KhayLinux::dungMuc(Khay& chu, const VeKhay& ve, const char* moTa) {
                          if (ly == QSystemTrayIcon::Trigger || ly == QSystemTrayIcon::DoubleClick)
                              chu.bam(LenhKhay::bamMo);
                      });
-    doiVe(ve);
     bieuTuong_.show();
-    if (!coKhay()) dungNutDuPhong();
     doiVe(ve);
 }
 
-void KhayLinux::dungNutDuPhong() {
+// A tray may come after the program, and go before it.
+void KhayLinux::xetNutDuPhong() {
+    if (nut_ != nullptr) return nut_->setVisible(!coChoDat());
     QMenuBar* thanh = thanhMenu_();
-    if (thanh == nullptr) return;
+    if (thanh == nullptr || coChoDat()) return;
     nut_ = new QToolButton(thanh);
     nut_->setText(QStringLiteral("Tovira"));
     nut_->setAccessibleName(QStringLiteral("Tovira"));
@@ -88,6 +88,7 @@ void KhayLinux::doiVe(const VeKhay& ve) {
     const QString meo = QString::fromUtf8(ve.meo);
     bieuTuong_.setIcon(icon);
     bieuTuong_.setToolTip(meo);
+    xetNutDuPhong();
     if (nut_ == nullptr) return;
     nut_->setIcon(icon);
     nut_->setToolTip(meo);

@@ -19,14 +19,13 @@ class KhayLinux final : public Khay::Nen {
 
     void dungMuc(Khay& chu, const VeKhay& ve, const char* moTa) override;
     void doiVe(const VeKhay& ve) override;
+    [[nodiscard]] bool coChoDat() override { return QSystemTrayIcon::isSystemTrayAvailable(); }
     void moHuongDan() override;
     void moGioiThieu() override;
 
-    [[nodiscard]] bool coKhay() const { return QSystemTrayIcon::isSystemTrayAvailable(); }
-
   private:
     void lapLaiMenu(Khay& chu);
-    void dungNutDuPhong();
+    void xetNutDuPhong();
 
     std::function<QMenuBar*()> thanhMenu_;
     QMenu menu_;

@@ -3,7 +3,6 @@
 #include <xcb/damage.h>
 #include <xcb/xfixes.h>
 
-#include <cstdio>
 #include <cstdlib>
 #include <optional>
 #include <string_view>
@@ -32,14 +31,15 @@ bool docDuocMotDiem(const ManX& x) {
 
 class NenManHinhLinux final : public ManHinh::Nen {
   public:
+    explicit NenManHinhLinux(NoiThieu noiThieu) : noiThieu_(std::move(noiThieu)) {}
+
     bool duocGhi() override { return lyDoKhongGhi().empty(); }
 
     // X has no permission that a user could grant to a running program.
     bool xinGhi() override { return false; }
 
     void moCaiDatGhiManHinh() override {
-        const auto lyDo = lyDoKhongGhi();
-        if (!lyDo.empty()) std::fprintf(stderr, "Tovira: %s\n", lyDo.c_str());
+        if (noiThieu_) noiThieu_(lyDoKhongGhi());
     }
 
     void lietKe(std::function<void(KetQua<std::vector<ManHinh::Nguon>>)> xong) override {
@@ -65,6 +65,7 @@ class NenManHinhLinux final : public ManHinh::Nen {
     }
 
   private:
+    NoiThieu noiThieu_;
     HangDoiKhungLinux hangDoi_;
     std::optional<GiuThucLinux> giuThuc_;
 };
@@ -88,8 +89,12 @@ std::string lyDoKhongGhi() {
     return "";
 }
 
+std::unique_ptr<ManHinh::Nen> taoNenManHinh(NoiThieu noiThieu) {
+    return std::make_unique<NenManHinhLinux>(std::move(noiThieu));
+}
+
 std::unique_ptr<ManHinh::Nen> taoNenManHinh() {
-    return std::make_unique<NenManHinhLinux>();
+    return taoNenManHinh(nullptr);
 }
 
 }  // namespace tovira

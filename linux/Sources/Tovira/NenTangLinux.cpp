@@ -12,8 +12,8 @@
 #include <optional>
 
 #include "BaoMaMayLinux.hpp"
-#include "DieuKhienNen.hpp"
-#include "ManHinhNen.hpp"
+#include "DieuKhienLinux.hpp"
+#include "ManHinhLinux.hpp"
 #include "MayChuNhanNen.hpp"
 #include "NoiGiaoDienLinux.hpp"
 #include "TinHieuLinux.hpp"
@@ -95,8 +95,8 @@ std::unique_ptr<NenTang> NenTang::tao(int& soThamSo, char** thamSo) {
 NenTangLinux::NenTangLinux(int& soThamSo, char** thamSo)
     : ung_(datTen(soThamSo), thamSo),
       tuKhoiDong_(TuKhoiDong::tao()),
-      dieuKhien_(taoNenDieuKhien(vongLap_)),
-      manHinh_(taoNenManHinh()),
+      dieuKhien_(taoNenDieuKhien(vongLap_, [this](const std::string& lyDo) { noiThieu("Trợ năng", lyDo); })),
+      manHinh_(taoNenManHinh([this](const std::string& lyDo) { noiThieu("Ghi màn hình", lyDo); })),
       mayChuNhan_(taoNenMayChuNhan()),
       xinQuyen_(*dieuKhien_),
       tach_(hoSo_),
@@ -106,6 +106,16 @@ NenTangLinux::NenTangLinux(int& soThamSo, char** thamSo)
 
 std::string NenTangLinux::thuMucGiaoDien() const {
     return noiGiaoDien();
+}
+
+// Later: the page that asked must not wait for the user.
+void NenTangLinux::noiThieu(const char* ten, const std::string& lyDo) {
+    if (dangNoi_) return;
+    dangNoi_ = true;
+    vongLap_.chay([this, ten, lyDo] {
+        hopBao_.canhBao(ten, lyDo.empty() ? "Tovira đã có quyền này trên máy này. Không thiếu gì." : lyDo);
+        dangNoi_ = false;
+    });
 }
 
 int NenTangLinux::chay(UngDung& ungDung, UngDung::KhoiDong cach) {

@@ -44,6 +44,9 @@ class NenTangLinux final : public NenTang {
     int chay(UngDung& ungDung, UngDung::KhoiDong cach) override;
 
   private:
+    // Shows what the permission `ten` lacks and how to get it.
+    void noiThieu(const char* ten, const std::string& lyDo);
+
     // X11 has no prompt to ask with: what is allowed is allowed already.
     struct XinQuyen final : Cau::Nen {
         explicit XinQuyen(DieuKhien::Nen& nen) : dieuKhien(nen) {}
@@ -57,6 +60,7 @@ class NenTangLinux final : public NenTang {
     HopBaoLinux hopBao_;
     MoDiaChiLinux moDiaChi_;
     TepNguoiDungLinux tepNguoiDung_;
+    bool dangNoi_ = false;  // one such window at a time, however often a page asks
     std::unique_ptr<TuKhoiDong> tuKhoiDong_;
     std::unique_ptr<DieuKhien::Nen> dieuKhien_;
     std::unique_ptr<ManHinh::Nen> manHinh_;

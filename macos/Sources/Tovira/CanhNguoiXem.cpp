@@ -8,7 +8,10 @@ CanhNguoiXem::Viec CanhNguoiXem::nhip(std::optional<std::size_t> soKhach, double
         vangTu_.reset();
         return Viec::tiep;
     }
-    if (!vangTu_) vangTu_ = luc;
+    if (!vangTu_) {
+        vangTu_ = luc;
+        return Viec::vuaVang;
+    }
     return luc - *vangTu_ >= hanVang ? Viec::ketThuc : Viec::tiep;
 }
 

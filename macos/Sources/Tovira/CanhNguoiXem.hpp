@@ -1,5 +1,5 @@
 #pragma once
-// Main thread: a plain value. Decides when a share whose viewers have all left ends by itself.
+// Main thread: a plain value. Decides what becomes of a share whose viewers have all left.
 
 #include <cstddef>
 #include <cstdint>
@@ -13,7 +13,8 @@ class CanhNguoiXem {
     static constexpr double chuKy = 2.0;
     static constexpr double hanVang = 8.0;
 
-    enum class Viec : std::uint8_t { tiep, ketThuc };
+    // vuaVang: the first look that finds everyone gone.
+    enum class Viec : std::uint8_t { tiep, vuaVang, ketThuc };
 
     // One look at `luc` seconds of a clock that never jumps. `soKhach` is the number of viewers, absent as
     // long as there has never been one: a share waits for its first viewer for as long as it takes.

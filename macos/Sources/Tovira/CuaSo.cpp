@@ -55,6 +55,9 @@ void CuaSo::dung() {
 void CuaSo::hien() {
     do_.hien();
 }
+void CuaSo::hienThuNho() {
+    do_.hienThuNho();
+}
 void CuaSo::boDo() {
     do_.boDo();
 }

@@ -105,6 +105,8 @@ class CuaSo {
     void dung();
     // Brings the window back from where it is parked, to the front, and activates the program.
     void hien();
+    // Shows the window minimised; for a start that nobody is to notice, when nothing else is left to reach.
+    void hienThuNho();
     // While sharing: sees to it that the page keeps rendering though the window is hidden or minimised.
     void damBaoDangVe();
     // The end of a share: a parked window goes back to its place and is hidden. Nothing when it is not

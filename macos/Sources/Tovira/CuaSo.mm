@@ -106,7 +106,8 @@ class CuaMac final : public CuaSo::NenCua {
                 static_cast<bool>(cua().miniaturized)};
     }
 
-    void hien() override {
+    void hien(DoCuaSo::CachHien cach) override {
+        if (cach == DoCuaSo::CachHien::thuNho) return [cua() miniaturize:nil];
         [cua() makeKeyAndOrderFront:nil];
         [NSApp activateIgnoringOtherApps:YES];
     }

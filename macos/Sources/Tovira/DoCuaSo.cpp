@@ -7,7 +7,7 @@ void DoCuaSo::hien() {
         cua_.veCho({choCu_->x, choCu_->y});
         choCu_.reset();
     }
-    cua_.hien();
+    cua_.hien(CachHien::truoc);
 }
 
 void DoCuaSo::boDo() {

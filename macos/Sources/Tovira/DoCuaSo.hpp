@@ -20,6 +20,8 @@ class DoCuaSo {
         bool thuNho = false;  // minimised
     };
 
+    enum class CachHien : std::uint8_t { truoc, thuNho };
+
     // The main window. Its events come up as the khi… calls of the CuaSo that dung() was given.
     struct NenCua {
         virtual ~NenCua() = default;
@@ -28,8 +30,8 @@ class DoCuaSo {
         // (the place it is parked at is not).
         virtual void dung(CuaSo& chu) = 0;
         [[nodiscard]] virtual TrangThai trangThai() const = 0;
-        // Front, key, and the program activated.
-        virtual void hien() = 0;
+        // truoc: front, key, and the program activated. thuNho: minimised, where it can be fetched from.
+        virtual void hien(CachHien cach) = 0;
         // Ordered out.
         virtual void an() = 0;
         // Out of everyone's sight and out of captured pictures, while its page keeps rendering; never takes
@@ -49,6 +51,7 @@ class DoCuaSo {
     explicit DoCuaSo(NenCua& cua) : cua_(cua) {}
 
     void hien();
+    void hienThuNho() { cua_.hien(CachHien::thuNho); }
     void boDo();
     // Each takes whether the screen is being shared right now.
     void damBaoDangVe(bool dangPhat);

@@ -56,6 +56,8 @@ class Khay {
         // come up as lapMenu() just before the menu opens, and bam() when an item is chosen.
         virtual void dungMuc(Khay& chu, const VeKhay& ve, const char* moTa) = 0;
         virtual void doiVe(const VeKhay& ve) = 0;
+        // Does the desktop have a status area to put it into?
+        [[nodiscard]] virtual bool coChoDat() = 0;
         virtual void moHuongDan() = 0;
         virtual void moGioiThieu() = 0;
     };
@@ -83,6 +85,7 @@ class Khay {
 
     void dung();
     void capNhatBieuTuong(bool dangPhat);
+    [[nodiscard]] bool coChoDat() const { return d_.nen.coChoDat(); }
 
     // The menu, rebuilt from live state at each call.
     [[nodiscard]] std::vector<MucKhay> lapMenu() const;

@@ -86,6 +86,7 @@ class KhayMac final : public Khay::Nen {
         muc_.button.toolTip = chuMac(ve.meo);
     }
 
+    bool coChoDat() override { return true; }  // the menu bar is always there
     void moHuongDan() override { hienHuongDan(); }
     void moGioiThieu() override { hienGioiThieu(); }
 

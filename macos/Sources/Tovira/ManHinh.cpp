@@ -217,7 +217,15 @@ void ManHinh::nhipNguoiXem() {
     MjpegServer& may = mayChuAnh_->may;
     std::optional<std::size_t> soKhach;
     if (may.daTungCoKhach()) soKhach = may.soKhach();
-    if (canh_.nhip(soKhach, vongLap_.dongHo()) == CanhNguoiXem::Viec::tiep) return;
+    switch (canh_.nhip(soKhach, vongLap_.dongHo())) {
+        case CanhNguoiXem::Viec::tiep:
+            return;
+        case CanhNguoiXem::Viec::vuaVang:
+            // Whoever held a key or a button down is gone; they may come back, the share waits for them.
+            return dieuKhien_.nhaHet();
+        case CanhNguoiXem::Viec::ketThuc:
+            break;
+    }
     ngung();
     if (const auto goi = khiTuDung) goi();
 }

@@ -34,6 +34,8 @@ void UngDung::khiKhoiDongXong(KhoiDong cach) {
     noiDay();
     if (cach == KhoiDong::ngam) {
         d_.nen.datKieu(Kieu::phu);
+        // Without a status item the window is what the menu hangs on.
+        if (!d_.khay.coChoDat()) d_.cuaSo.hienThuNho();
     } else {
         d_.nen.datKieu(Kieu::thuong);
         d_.cuaSo.hien();
