@@ -12,7 +12,7 @@ goiDebian=(
     libasio-dev libfast-float-dev libutf8proc-dev liburiparser-dev libspng-dev
     libturbojpeg0-dev libjpeg-dev libyuv-dev
     libxcb1-dev libxcb-shm0-dev libxcb-xtest0-dev libxcb-randr0-dev libxcb-xfixes0-dev libxcb-damage0-dev
-    libxcb-xkb-dev libxcb-keysyms1-dev libxcb-composite0-dev libxcb-xinput-dev libxcb-screensaver0-dev libxcb-sync-dev
+    libxcb-xkb-dev libxcb-keysyms1-dev libxcb-composite0-dev libxcb-render0-dev libxcb-xinput-dev libxcb-screensaver0-dev libxcb-sync-dev
     libxkbcommon-dev
     libxkbcommon-x11-dev
     qt6-base-dev qt6-webengine-dev qt6-webengine-dev-tools qt6-webchannel-dev qt6-positioning-dev libgl-dev

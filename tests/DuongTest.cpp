@@ -12,12 +12,14 @@
 #include "gia/TienTrinh.hpp"
 #include "gia/TrangDieuKhien.hpp"
 #include "x11/AnhJpeg.hpp"
+#include "x11/CuaMau.hpp"
 
 using namespace tovira;
 using gia::choDen;
 using gia::docTep;
 using gia::TienTrinh;
 using thu::AnhJpeg;
+using thu::CuaMau;
 using thu::Mau;
 
 namespace {
@@ -94,28 +96,6 @@ void giuBanPhim(const gia::KhachX& khach) {
     }));
 }
 
-// A window of one colour that stands above everything.
-class OMau {
-  public:
-    OMau(const ManX& x, int cx, int cy, int rong, int cao) : x_(x), o_(xcb_generate_id(x.c())) {
-        const std::uint32_t giaTri[] = {0, 1};
-        xcb_create_window(x.c(), XCB_COPY_FROM_PARENT, o_, x.goc(), static_cast<std::int16_t>(cx),
-                          static_cast<std::int16_t>(cy), static_cast<std::uint16_t>(rong),
-                          static_cast<std::uint16_t>(cao), 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
-                          XCB_COPY_FROM_PARENT, XCB_CW_BACK_PIXEL | XCB_CW_OVERRIDE_REDIRECT, giaTri);
-        xcb_map_window(x.c(), o_);
-    }
-    void to(std::uint32_t mau) const {
-        xcb_change_window_attributes(x_.c(), o_, XCB_CW_BACK_PIXEL, &mau);
-        xcb_clear_area(x_.c(), 0, o_, 0, 0, 0, 0);
-        xcb_flush(x_.c());
-    }
-
-  private:
-    const ManX& x_;
-    xcb_window_t o_;
-};
-
 }  // namespace
 
 TEST_F(DuongTest, manHinhThatVaDungThat) {
@@ -126,8 +106,7 @@ TEST_F(DuongTest, manHinhThatVaDungThat) {
     EXPECT_EQ(
         trang.hoi("tovira.dsManHinh[0].rong + 'x' + tovira.dsManHinh[0].cao + tovira.dsManHinh[0].chinh"),
         std::to_string(x.man->width_in_pixels) + "x" + std::to_string(x.man->height_in_pixels) + "true");
-    const OMau o(x, 200, 300, 120, 90);
-    o.to(0x00AA33);
+    const CuaMau o(x.c(), x.goc(), 0x00AA33, {200, 300, 120, 90});
     const std::string url = chiaSe();
     ASSERT_EQ(url.rfind("http://127.0.0.1:", 0), 0U) << url;
     const std::string dich = url.substr(url.find("/man-hinh"));

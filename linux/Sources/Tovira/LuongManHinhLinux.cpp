@@ -67,6 +67,7 @@ class LuongManHinhLinux::Ruot : public std::enable_shared_from_this<Ruot> {
         hen_.cancel();
         if (day_.is_open()) day_.release();  // libxcb owns the descriptor
         dem_.clear();
+        dai_.dong();
         x_ = {};
     }
 
@@ -91,6 +92,7 @@ class LuongManHinhLinux::Ruot : public std::enable_shared_from_this<Ruot> {
     std::shared_ptr<DemAnh> layDemRanh();
     void khiTraDem();
     bool xemThayDoi();
+    bool xemCuaSoAn(const CuaSoAnLinux::Giu& giu);
     [[nodiscard]] bool conManHinh(const std::vector<ManHinh::Nguon>& man) const;
     bool xemConTro(xcb_query_pointer_cookie_t viTri, std::optional<xcb_xfixes_get_cursor_image_cookie_t> anh);
     bool danhDau(const OAnh& o);
@@ -108,6 +110,7 @@ class LuongManHinhLinux::Ruot : public std::enable_shared_from_this<Ruot> {
     ManX x_;
     bool coRandr_ = false;
     TheoDoiManHinh theoDoi_;
+    DaiChe dai_;
     asio::posix::stream_descriptor day_;
     asio::steady_timer hen_;
     bool dangChoGio_ = false;
@@ -129,6 +132,7 @@ KetQua<void> LuongManHinhLinux::Ruot::moNguon() {
     if (!docDuocDiemAnh(x_)) return loiNguonX("Màn hình không dùng màu 24 bit");
     coRandr_ = coRandr15(x_);
     if (auto kq = theoDoi_.batDau(x_); !kq) return kq;
+    dai_.batDau(x_, o_, TheoDoiManHinh::matNaGoc);
     day_.assign(xcb_get_file_descriptor(x_.c()));
     return {};
 }
@@ -142,8 +146,8 @@ void LuongManHinhLinux::Ruot::ketThuc(Loi vi) {
 // moment when it may be done, or for the server to report something.
 void LuongManHinhLinux::Ruot::xet() {
     if (!x_) return;
-    if (!theoDoi_.docSuKien()) return ketThuc(matKetNoi());
-    if (!batBuoc_ && !theoDoi_.coViec()) return choSuKien();
+    if (!theoDoi_.docSuKien(dai_)) return ketThuc(matKetNoi());
+    if (!batBuoc_ && !theoDoi_.coViec() && !dai_.coViec()) return choSuKien();
     const auto bayGio = DongHo::now();
     if (bayGio < luotSau_) return choGio();
     const auto dem = layDemRanh();
@@ -202,7 +206,8 @@ bool LuongManHinhLinux::Ruot::xemThayDoi() {
     std::optional<xcb_xfixes_get_cursor_image_cookie_t> hoiAnh;
     if (theoDoi_.conTroDoiAnh) hoiAnh = xcb_xfixes_get_cursor_image(c);
     std::optional<xcb_xfixes_fetch_region_cookie_t> hoiVung;
-    if (theoDoi_.daVe) hoiVung = theoDoi_.hoiVungVe();
+    if (theoDoi_.daVe) hoiVung = theoDoi_.hoiVungVe(dai_);
+    const auto hoiDai = dai_.hoiThayDoi();
     theoDoi_.conTroDoiAnh = theoDoi_.conTroVuaDung = theoDoi_.manDoi = false;
 
     if (hoiMan && !conManHinh(hoiMan->dapAn())) {
@@ -211,10 +216,21 @@ bool LuongManHinhLinux::Ruot::xemThayDoi() {
     }
     ++soPhienBan_;
     bool doi = xemConTro(hoiViTri, hoiAnh);
+    doi |= dai_.thayDoi(hoiDai) && danhDau(dai_.o());
+    doi |= xemCuaSoAn({});
     if (hoiVung)
         for (const auto& o : theoDoi_.layVungVe(*hoiVung))
             doi |= danhDau(o);
     return doi;
+}
+
+// Follows the windows that no picture is to show; true when that changes the picture.
+bool LuongManHinhLinux::Ruot::xemCuaSoAn(const CuaSoAnLinux::Giu& giu) {
+    const OAnh cu = dai_.o();
+    if (!dai_.theo(giu.tin())) return false;
+    const bool doiCu = danhDau(cu);
+    const bool doiMoi = danhDau(dai_.o());
+    return doiCu || doiMoi;
 }
 
 // True when the monitor still stands where it stood, as large as it was.
@@ -253,9 +269,16 @@ bool LuongManHinhLinux::Ruot::danhDau(const OAnh& o) {
 }
 
 void LuongManHinhLinux::Ruot::chup(const std::shared_ptr<DemAnh>& dem) {
-    const auto cac = doanKhac(dem->phienBan, phienBan_, o_.cao);
-    if (!dem->doc(x_.goc(), o_.x, o_.y, cac))  // the root window has become smaller than what was asked for
-        return ketThuc(viSaoDung());
+    std::vector<DoanHang> cac;
+    bool duoc = false;
+    {
+        const CuaSoAnLinux::Giu giu;
+        xemCuaSoAn(giu);
+        cac = doanKhac(dem->phienBan, phienBan_, o_.cao);
+        duoc = dem->doc(x_.goc(), o_.x, o_.y, cac);
+        if (duoc) dai_.ghep(*dem, cac);
+    }
+    if (!duoc) return ketThuc(viSaoDung());  // the root window has become smaller than what was asked for
     if (oConTro_ != OAnh{})
         for (const auto& d : cac)
             conTro_.ve(*dem, o_, d);

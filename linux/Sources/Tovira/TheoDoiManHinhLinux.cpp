@@ -57,8 +57,7 @@ KetQua<void> TheoDoiManHinh::batDau(const ManX& x) {
     if (!daLam(c, xcb_damage_create_checked(c, veLai_, x.goc(), XCB_DAMAGE_REPORT_LEVEL_NON_EMPTY)))
         return thieu("DAMAGE");
     xcb_xfixes_select_cursor_input(c, x.goc(), XCB_XFIXES_CURSOR_NOTIFY_MASK_DISPLAY_CURSOR);
-    const std::uint32_t matNa = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
-    xcb_change_window_attributes(c, x.goc(), XCB_CW_EVENT_MASK, &matNa);
+    xcb_change_window_attributes(c, x.goc(), XCB_CW_EVENT_MASK, &matNaGoc);
     if (coMoRong(c, &xcb_randr_id))
         xcb_randr_select_input(c, x.goc(),
                                XCB_RANDR_NOTIFY_MASK_SCREEN_CHANGE | XCB_RANDR_NOTIFY_MASK_CRTC_CHANGE |
@@ -107,9 +106,9 @@ void TheoDoiManHinh::taoBaoThuc(std::uint32_t boDem, std::uint32_t kieu, xcb_syn
     xcb_sync_create_alarm_aux(x_->c(), ma, nao, &v);
 }
 
-bool TheoDoiManHinh::docSuKien() {
+bool TheoDoiManHinh::docSuKien(DaiChe& dai) {
     while (const PhanXcb<xcb_generic_event_t> sk{xcb_poll_for_event(x_->c())})
-        xet(*sk);
+        if (!dai.nhan(*sk)) xet(*sk);
     return xcb_connection_has_error(x_->c()) == 0;
 }
 
@@ -131,9 +130,10 @@ void TheoDoiManHinh::xet(const xcb_generic_event_t& suKien) {
     }
 }
 
-xcb_xfixes_fetch_region_cookie_t TheoDoiManHinh::hoiVungVe() {
+xcb_xfixes_fetch_region_cookie_t TheoDoiManHinh::hoiVungVe(const DaiChe& dai) {
     daVe = false;
     xcb_damage_subtract(x_->c(), veLai_, XCB_NONE, vung_);
+    dai.botVung(vung_);
     return xcb_xfixes_fetch_region(x_->c(), vung_);
 }
 

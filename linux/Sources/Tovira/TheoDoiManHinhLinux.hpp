@@ -7,6 +7,7 @@
 
 #include <vector>
 
+#include "DaiCheLinux.hpp"
 #include "DemAnhLinux.hpp"
 #include "Loi.hpp"
 #include "XcbLinux.hpp"
@@ -19,8 +20,12 @@ class TheoDoiManHinh {
     // DAMAGE or XFIXES.
     KetQua<void> batDau(const ManX& x);
 
-    // Reads what the server has sent so far into the flags below; false when the connection is lost.
-    [[nodiscard]] bool docSuKien();
+    // What this listens to on the root window.
+    static constexpr std::uint32_t matNaGoc = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+
+    // Reads what the server has sent so far into the flags below, save what is for `dai`; false when the
+    // connection is lost.
+    [[nodiscard]] bool docSuKien(DaiChe& dai);
 
     // At first everything may have changed.
     // Something was drawn since the last layVungVe.
@@ -38,8 +43,9 @@ class TheoDoiManHinh {
         return daVe || conTroDoiAnh || conTroDong || conTroVuaDung || manDoi;
     }
 
-    // Takes over what was drawn: asks for it, and later reads the answer as rectangles of the root window.
-    [[nodiscard]] xcb_xfixes_fetch_region_cookie_t hoiVungVe();
+    // Takes over what was drawn outside `dai`: asks for it, and later reads the answer as rectangles of the
+    // root window.
+    [[nodiscard]] xcb_xfixes_fetch_region_cookie_t hoiVungVe(const DaiChe& dai);
     [[nodiscard]] std::vector<OAnh> layVungVe(xcb_xfixes_fetch_region_cookie_t phieu);
 
   private:
