@@ -1,10 +1,15 @@
 // The road itself: the program as users start it, a real web engine, real X clients and real pixels.
 
 #include <gtest/gtest.h>
+#include <xcb/xtest.h>
+
+#include <atomic>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <sstream>
+#include <thread>
 
 #include "KhachX.hpp"
 #include "gia/KhachThu.hpp"
@@ -81,6 +86,72 @@ std::string lopCuaTieuDiem(const ManX& x) {
     if (!lop) return {};
     return {static_cast<const char*>(xcb_get_property_value(lop.get())),
             static_cast<std::size_t>(xcb_get_property_value_length(lop.get()))};
+}
+
+// Reads a stream to its end on a thread of its own.
+class NguoiXem {
+  public:
+    // `xet` says whether a picture is as it must be.
+    NguoiXem(const std::string& url, std::function<bool(const AnhJpeg&)> xet) : khach_(congCua(url)) {
+        khach_.gui("GET " + url.substr(url.find("/man-hinh")) + " HTTP/1.1\r\n\r\n");
+        luong_ = std::thread([this, xet = std::move(xet)] {
+            khach_.layToi("\r\n\r\n");
+            for (AnhJpeg anh({}); (anh = layKhung(khach_)).rong != 0; ++soKhung)
+                if (!xet(anh)) ++soHong;
+        });
+    }
+    ~NguoiXem() { luong_.join(); }
+    NguoiXem(const NguoiXem&) = delete;
+    NguoiXem& operator=(const NguoiXem&) = delete;
+
+    std::atomic<int> soKhung = 0;
+    std::atomic<int> soHong = 0;
+
+  private:
+    gia::KhachThu khach_;
+    std::thread luong_;
+};
+
+// Where the control bar stands; absent while it does not.
+std::optional<OAnh> timThanh(const ManX& x) {
+    const PhanXcb<xcb_query_tree_reply_t> cay(
+        xcb_query_tree_reply(x.c(), xcb_query_tree(x.c(), x.goc()), nullptr));
+    if (!cay) return {};
+    for (int i = 0; i < xcb_query_tree_children_length(cay.get()); ++i) {
+        const auto cua = xcb_query_tree_children(cay.get())[i];
+        const PhanXcb<xcb_get_geometry_reply_t> cho(
+            xcb_get_geometry_reply(x.c(), xcb_get_geometry(x.c(), cua), nullptr));
+        const PhanXcb<xcb_get_window_attributes_reply_t> thuoc(
+            xcb_get_window_attributes_reply(x.c(), xcb_get_window_attributes(x.c(), cua), nullptr));
+        if (cho && thuoc && cho->width == 380 && cho->height == 40 && cho->y == 8 &&
+            thuoc->override_redirect != 0 && thuoc->map_state == XCB_MAP_STATE_VIEWABLE)
+            return OAnh{cho->x, cho->y, cho->width, cho->height};
+    }
+    return {};
+}
+
+bool laMauThanh(Mau mau) {
+    return (mau.rgb >> 16U) > 180 && (mau.rgb >> 8U & 0xFFU) < 100 && (mau.rgb & 0xFFU) < 100;
+}
+
+// What stands on the screen at that place.
+Mau mauTrenMan(const ManX& x, int cx, int cy) {
+    const PhanXcb<xcb_get_image_reply_t> anh(xcb_get_image_reply(
+        x.c(),
+        xcb_get_image(x.c(), XCB_IMAGE_FORMAT_Z_PIXMAP, x.goc(), static_cast<std::int16_t>(cx),
+                      static_cast<std::int16_t>(cy), 1, 1, ~0U),
+        nullptr));
+    if (!anh) return {};
+    const auto* p = xcb_get_image_data(anh.get());
+    return {static_cast<std::uint32_t>(p[2] << 16 | p[1] << 8 | p[0])};
+}
+
+void bamChuot(const ManX& x, int cx, int cy) {
+    xcb_test_fake_input(x.c(), XCB_MOTION_NOTIFY, 0, 0, x.goc(), static_cast<std::int16_t>(cx),
+                        static_cast<std::int16_t>(cy), 0);
+    for (const auto loai : {XCB_BUTTON_PRESS, XCB_BUTTON_RELEASE})
+        xcb_test_fake_input(x.c(), static_cast<std::uint8_t>(loai), 1, 0, x.goc(), 0, 0, 0);
+    xcb_flush(x.c());
 }
 
 // From here on every key arrives at `khach`, wherever the window manager puts the focus when windows come and
@@ -180,6 +251,44 @@ TEST_F(DuongTest, haiNghinLenhMotLucTheoThuTu) {
         "code:c})); }");
     khach.docToi([&] { return khach.chu.size() >= mong.size(); }, 60);
     EXPECT_EQ(khach.chu, mong);
+}
+
+// The bar stands above everything, a full-screen program included, works there without taking the keyboard,
+// and the one who looks on never sees it.
+TEST_F(DuongTest, thanhDungTrenManHinhDayMaKhongCoTrongKhung) {
+    moTovira();
+    const ManX x = moManX();
+    const std::string url = chiaSe();
+    ASSERT_FALSE(url.empty());
+    const int giua = x.man->width_in_pixels / 2;
+    NguoiXem xem(url, [&](const AnhJpeg& anh) {
+        for (int cy = 0; cy < 60; cy += 2)
+            for (int cx = giua - 200; cx < giua + 200; cx += 2)
+                if (laMauThanh(anh.tai(cx, cy))) return false;
+        return true;
+    });
+    std::optional<OAnh> thanh;
+    ASSERT_TRUE(choDen([&] { return (thanh = timThanh(x)).has_value(); }));
+    EXPECT_EQ(*thanh, (OAnh{giua - 190, 8, 380, 40}));
+    EXPECT_TRUE(choDen([&] { return laMauThanh(mauTrenMan(x, giua, 12)); }));
+
+    const TienTrinh xterm({"xterm", "-fullscreen", "-bg", "#205080"});
+    ASSERT_TRUE(choDen([&] {
+        return lopCuaTieuDiem(x).find("xterm") != std::string::npos &&
+               mauTrenMan(x, 100, 900) == Mau{0x205080};
+    }));
+    EXPECT_TRUE(choDen([&] { return laMauThanh(mauTrenMan(x, giua, 12)); })) << "covered";
+    const CuaMau dong(x.c(), x.goc(), 0x00AA33, {giua - 60, 20, 120, 200});  // below and above it
+    std::uint32_t mau = 0;
+    EXPECT_TRUE(choDen([&] {
+        dong.to(mau += 0x000703);
+        return xem.soKhung > 10;
+    }));
+    bamChuot(x, thanh->x + 320, thanh->y + 20);
+    EXPECT_TRUE(trang.cho("!tovira.manHinhDangPhat() && lanBam == 1"));
+    EXPECT_TRUE(choDen([&] { return !timThanh(x); }));
+    EXPECT_NE(lopCuaTieuDiem(x).find("xterm"), std::string::npos);
+    EXPECT_EQ(xem.soHong, 0) << "of " << xem.soKhung;
 }
 
 TEST_F(DuongTest, chuDenDungTrongXterm) {

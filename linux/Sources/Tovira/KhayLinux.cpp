@@ -64,8 +64,8 @@ void KhayLinux::dungMuc(Khay& chu, const VeKhay& ve, const char* moTa) {
                          if (ly == QSystemTrayIcon::Trigger || ly == QSystemTrayIcon::DoubleClick)
                              chu.bam(LenhKhay::bamMo);
                      });
-    bieuTuong_.show();
     doiVe(ve);
+    bieuTuong_.show();
 }
 
 // A tray may come after the program, and go before it.
