@@ -12,6 +12,7 @@
 #include <thread>
 
 #include "KhachX.hpp"
+#include "ThietBiLinux.hpp"
 #include "gia/KhachThu.hpp"
 #include "gia/ThuMucTam.hpp"
 #include "gia/TienTrinh.hpp"
@@ -40,8 +41,13 @@ class DuongTest : public testing::Test {
         std::filesystem::permissions(nha, std::filesystem::perms::owner_all);
     }
 
-    void moTovira() {
-        tovira.emplace(std::vector<std::string>{TOVIRA_CHUONG_TRINH, "--server", trang.goc()});
+    std::vector<std::string> dongLenh(const std::vector<std::string>& them = {}) {
+        std::vector<std::string> ra{TOVIRA_CHUONG_TRINH, "--server", trang.goc()};
+        ra.insert(ra.end(), them.begin(), them.end());
+        return ra;
+    }
+    void moTovira(const std::vector<std::string>& them = {}) {
+        tovira.emplace(dongLenh(them));
         ASSERT_TRUE(trang.cho("window.tovira && tovira.dsManHinh.length"));
     }
 
@@ -152,6 +158,30 @@ void bamChuot(const ManX& x, int cx, int cy) {
     for (const auto loai : {XCB_BUTTON_PRESS, XCB_BUTTON_RELEASE})
         xcb_test_fake_input(x.c(), static_cast<std::uint8_t>(loai), 1, 0, x.goc(), 0, 0, 0);
     xcb_flush(x.c());
+}
+
+// The program's main window as the window manager has it: normal, minimised or (absent) hidden.
+enum class Hien { thuong, thuNho };
+std::optional<Hien> cuaSoChinh(const ManX& x) {
+    auto* c = x.c();
+    const auto doc = [c](xcb_window_t cua, xcb_atom_t ten) {
+        return PhanXcb<xcb_get_property_reply_t>(
+            xcb_get_property_reply(c, xcb_get_property(c, 0, cua, ten, XCB_ATOM_ANY, 0, 1024), nullptr));
+    };
+    const auto cac = doc(x.goc(), nguyenTuX(c, "_NET_CLIENT_LIST"));
+    if (!cac) return {};
+    const auto* cua = static_cast<const xcb_window_t*>(xcb_get_property_value(cac.get()));
+    for (int i = 0; i < xcb_get_property_value_length(cac.get()) / 4; ++i) {
+        const auto lop = doc(cua[i], XCB_ATOM_WM_CLASS);
+        const auto tt = doc(cua[i], nguyenTuX(c, "WM_STATE"));
+        if (!lop || !tt || xcb_get_property_value_length(tt.get()) < 4) continue;
+        const std::string_view ten(static_cast<const char*>(xcb_get_property_value(lop.get())),
+                                   static_cast<std::size_t>(xcb_get_property_value_length(lop.get())));
+        if (ten.find("tovira") == ten.npos) continue;
+        return *static_cast<const std::uint32_t*>(xcb_get_property_value(tt.get())) == 1 ? Hien::thuong
+                                                                                         : Hien::thuNho;
+    }
+    return {};
 }
 
 // From here on every key arrives at `khach`, wherever the window manager puts the focus when windows come and
@@ -309,6 +339,39 @@ TEST_F(DuongTest, chuDenDungTrongXterm) {
     }));
     lenh(R"({"t":"text","value":"Tiếng Việt có dấu: ễ ộ ữ\\nдва\\n"})");
     EXPECT_TRUE(choDen([&] { return docTep(tep) == "Tiếng Việt có dấu: ễ ộ ữ\nдва\n"; })) << docTep(tep);
+}
+
+// One program for this user on this display, however often it is started.
+TEST_F(DuongTest, banThuHaiGoiBanDauVaBanMoiThayBanCu) {
+    const ManX x = moManX();
+    moTovira({"--ngam"});
+    // There is no tray here: the menu stays in reach.
+    ASSERT_TRUE(choDen([&] { return cuaSoChinh(x) == Hien::thuNho; }));
+    EXPECT_EQ(TienTrinh(dongLenh({"--ngam"})).doiHet(), 0);
+    EXPECT_EQ(cuaSoChinh(x), Hien::thuNho);
+    EXPECT_EQ(TienTrinh(dongLenh()).doiHet(), 0);
+    EXPECT_TRUE(choDen([&] {
+        return cuaSoChinh(x) == Hien::thuong && lopCuaTieuDiem(x).find("tovira") != std::string::npos;
+    }));
+    EXPECT_EQ(trang.hoi("1"), "1");
+
+    trang.chay("localStorage.setItem('nho', 'còn đây')");
+    gia::KhachX khach;
+    giuBanPhim(khach);
+    khach.suKien.clear();
+    lenh(R"({"t":"key_down","code":"KeyQ"})");
+    khach.docToi([&] { return khach.keLai() == "+24/0"; });
+    setenv("TOVIRA_THAY", "1", 1);
+    TienTrinh moi(dongLenh());
+    unsetenv("TOVIRA_THAY");
+    khach.docToi([&] { return khach.keLai() == "+24/0 -24/0"; });
+    EXPECT_EQ(tovira->doiHet(), 0);
+    trang.chay("0");  // lost with the page that still waited for something to do
+    // The new one has the profile to itself, and the place.
+    EXPECT_TRUE(trang.cho("window.tovira && localStorage.getItem('nho') === 'còn đây'"));
+    EXPECT_EQ(TienTrinh(dongLenh({"--ngam"})).doiHet(), 0);
+    moi.bao(SIGTERM);
+    EXPECT_EQ(moi.doiHet(), 0);
 }
 
 // However the program is told to end, nothing stays pressed.

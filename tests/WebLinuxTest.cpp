@@ -10,6 +10,7 @@
 
 #include "NenTang.hpp"
 #include "gia/DongCoWeb.hpp"
+#include "gia/NenMotBanGia.hpp"
 
 using namespace tovira;
 using gia::cho;
@@ -344,19 +345,22 @@ TEST(NenTangLinux, tuChoiBangMotDongThayViSap) {
     int so = 1;
     std::string ten = "tovira";
     char* tham[] = {ten.data(), nullptr};
+    gia::NenMotBanGia nenMotBan;
+    MotBan motBan(nenMotBan, MotBan::Cach::thayThe);
     const auto hopCat = qgetenv("QTWEBENGINE_DISABLE_SANDBOX");
     const auto manHinh = qgetenv("DISPLAY");
     if (::geteuid() == 0) {
         qunsetenv("QTWEBENGINE_DISABLE_SANDBOX");
         testing::internal::CaptureStderr();
-        EXPECT_EQ(NenTang::tao(so, tham), nullptr) << "the sandbox is never turned off silently";
+        EXPECT_EQ(NenTang::tao(so, tham, motBan), nullptr) << "the sandbox is never turned off silently";
         EXPECT_NE(testing::internal::GetCapturedStderr().find("sandbox"), std::string::npos);
     }
     qputenv("QTWEBENGINE_DISABLE_SANDBOX", "1");
     qputenv("DISPLAY", ":");
     testing::internal::CaptureStderr();
-    EXPECT_EQ(NenTang::tao(so, tham), nullptr);
+    EXPECT_EQ(NenTang::tao(so, tham, motBan), nullptr);
     EXPECT_NE(testing::internal::GetCapturedStderr().find("DISPLAY"), std::string::npos);
+    EXPECT_TRUE(nenMotBan.viec.empty()) << "the one that it was to replace goes on";
     qputenv("DISPLAY", manHinh);
     qputenv("QTWEBENGINE_DISABLE_SANDBOX", hopCat);
 }

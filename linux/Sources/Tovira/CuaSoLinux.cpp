@@ -9,6 +9,8 @@
 #include <utility>
 
 #include "ThanhMenu.hpp"
+#include "ThietBiLinux.hpp"
+#include "XcbLinux.hpp"
 
 namespace tovira {
 namespace {
@@ -17,6 +19,24 @@ constexpr int nghiTruocKhiLuu = 300;  // milliseconds a dragged window rests bef
 // Milliseconds after which a window that has gone out of sight means it: managers unmap and map it while they
 // dress it, and what they report of its state may be old.
 constexpr int choKhuat = 120;
+
+// Qt asks for this before there is anything to minimise when the window has not been shown yet.
+void xinThuNho(const QWidget& cua) {
+    const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+    if (x11 == nullptr) return;
+    auto* c = x11->connection();
+    constexpr std::uint32_t thuNho = 3;
+    xcb_client_message_event_t loi{};
+    loi.response_type = XCB_CLIENT_MESSAGE;
+    loi.format = 32;
+    loi.window = static_cast<xcb_window_t>(cua.winId());
+    loi.type = nguyenTuX(c, "WM_CHANGE_STATE");
+    loi.data.data32[0] = thuNho;
+    xcb_send_event(c, 0, xcb_setup_roots_iterator(xcb_get_setup(c)).data->root,
+                   XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
+                   reinterpret_cast<const char*>(&loi));
+    xcb_flush(c);
+}
 
 }  // namespace
 
@@ -79,7 +99,11 @@ DoCuaSo::TrangThai CuaSoLinux::trangThai() const {
 }
 
 void CuaSoLinux::hien(DoCuaSo::CachHien cach) {
-    if (cach == DoCuaSo::CachHien::thuNho) return showMinimized();
+    seThuNho_ = cach == DoCuaSo::CachHien::thuNho;
+    if (seThuNho_) {
+        showMinimized();
+        return xinThuNho(*this);
+    }
     setWindowState(windowState() & ~Qt::WindowMinimized);
     show();
     raise();
@@ -112,6 +136,7 @@ void CuaSoLinux::veCho(Diem goc) {
 void CuaSoLinux::raTruoc() {
     // Not before it is certain that it will not be parked in this very turn: nobody is to see it flash.
     seRaTruoc_ = true;
+    seThuNho_ = false;
     QTimer::singleShot(0, this, [this] {
         if (!std::exchange(seRaTruoc_, false) || dangDoXa_) return;
         setWindowState(windowState() & ~Qt::WindowMinimized);
@@ -166,6 +191,11 @@ void CuaSoLinux::showEvent(QShowEvent* e) {
 bool CuaSoLinux::eventFilter(QObject* vat, QEvent* e) {
     if (vat == windowHandle() && e->type() == QEvent::Expose && !windowHandle()->isExposed())
         henXemKhuat_.start();
+    // The page's first picture makes Qt replace the window by one that can show it, which comes unminimised.
+    if (vat == windowHandle() && e->type() == QEvent::PlatformSurface && seThuNho_)
+        QTimer::singleShot(0, this, [this] {
+            if (seThuNho_ && isVisible()) xinThuNho(*this);
+        });
     return QMainWindow::eventFilter(vat, e);
 }
 

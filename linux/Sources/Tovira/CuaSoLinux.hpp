@@ -57,6 +57,7 @@ class CuaSoLinux final : public QMainWindow, public CuaSo::NenCua {
     CuaSo* chu_ = nullptr;
     BaiDoXa bai_;
     bool dangDoXa_ = false;
+    bool seThuNho_ = false;   // minimised is how it was last asked to be shown
     bool seRaTruoc_ = false;  // asked for in this turn, and nothing newer since
     QTimer henLuu_;
     QTimer henXemKhuat_;

@@ -84,16 +84,17 @@ int& datTen(int& soThamSo) {
 
 }  // namespace
 
-std::unique_ptr<NenTang> NenTang::tao(int& soThamSo, char** thamSo) {
+std::unique_ptr<NenTang> NenTang::tao(int& soThamSo, char** thamSo, MotBan& motBan) {
     if (!hopCatDungDuoc() || !coManHinh()) return nullptr;
     std::signal(SIGPIPE, SIG_IGN);
     datCoDongCo();
     HoSoWeb::dangKyGiaoThuc();
-    return std::make_unique<NenTangLinux>(soThamSo, thamSo);
+    return std::make_unique<NenTangLinux>(soThamSo, thamSo, motBan);
 }
 
-NenTangLinux::NenTangLinux(int& soThamSo, char** thamSo)
+NenTangLinux::NenTangLinux(int& soThamSo, char** thamSo, MotBan& motBan)
     : ung_(datTen(soThamSo), thamSo),
+      vaoCho_(motBan),
       tuKhoiDong_(TuKhoiDong::tao()),
       dieuKhien_(taoNenDieuKhien(vongLap_, [this](const std::string& lyDo) { noiThieu("Trợ năng", lyDo); })),
       manHinh_(taoNenManHinh([this](const std::string& lyDo) { noiThieu("Ghi màn hình", lyDo); })),
@@ -102,7 +103,8 @@ NenTangLinux::NenTangLinux(int& soThamSo, char** thamSo)
       tach_(hoSo_),
       trang_(hoSo_, tach_),
       cua_(trang_, caiDat_),
-      khay_([this] { return cua_.menuBar(); }) {}
+      khay_([this] { return cua_.menuBar(); }),
+      ungDung_(vongLap_) {}
 
 std::string NenTangLinux::thuMucGiaoDien() const {
     return noiGiaoDien();
@@ -120,6 +122,11 @@ void NenTangLinux::noiThieu(const char* ten, const std::string& lyDo) {
 
 int NenTangLinux::chay(UngDung& ungDung, UngDung::KhoiDong cach) {
     const TinHieuLinux tinHieu([&ungDung] { ungDung.thoat(); });
+    vaoCho_.motBan.nghe([&ungDung] { ungDung.khiMoLaiUngDung(UngDung::CoCuaSoHien::khong); },
+                        [this, &ungDung] {
+                            ungDung_.khiMatCho();
+                            ungDung.thoat();
+                        });
     QObject moc;
     cua_.khiChonMenu = [&ungDung](LenhMenu lenh) {
         switch (lenh) {

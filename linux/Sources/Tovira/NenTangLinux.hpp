@@ -21,7 +21,7 @@ namespace tovira {
 
 class NenTangLinux final : public NenTang {
   public:
-    NenTangLinux(int& soThamSo, char** thamSo);
+    NenTangLinux(int& soThamSo, char** thamSo, MotBan& motBan);
 
     [[nodiscard]] std::string thuMucGiaoDien() const override;
     [[nodiscard]] VongLap& vongLap() override { return vongLap_; }
@@ -54,7 +54,15 @@ class NenTangLinux final : public NenTang {
         DieuKhien::Nen& dieuKhien;
     };
 
+    // Between the members before it, without which nothing runs, and those after it, which only one program
+    // can have open.
+    struct VaoCho {
+        explicit VaoCho(MotBan& motBan) : motBan(motBan) { motBan.vaoCho(); }
+        MotBan& motBan;
+    };
+
     QApplication ung_;
+    VaoCho vaoCho_;
     VongLapLinux vongLap_;
     CaiDatLinux caiDat_;
     HopBaoLinux hopBao_;

@@ -14,6 +14,7 @@
 #include "KiemQuyen.hpp"
 #include "ManHinh.hpp"
 #include "MayChuNhan.hpp"
+#include "MotBan.hpp"
 #include "NenChung.hpp"
 #include "TuKhoiDong.hpp"
 #include "UngDung.hpp"
@@ -24,8 +25,9 @@ struct NenTang {
     virtual ~NenTang() = default;
 
     // Implemented once by each platform. Absent when it cannot be used at all (no display, say); the reason
-    // has then been written to standard error.
-    [[nodiscard]] static std::unique_ptr<NenTang> tao(int& soThamSo, char** thamSo);
+    // has then been written to standard error. `motBan`, which must outlive it, learns when this program is
+    // certain to run.
+    [[nodiscard]] static std::unique_ptr<NenTang> tao(int& soThamSo, char** thamSo, MotBan& motBan);
 
     // The folder of the packaged web application, named "giao-dien"; may not exist.
     [[nodiscard]] virtual std::string thuMucGiaoDien() const = 0;

@@ -27,6 +27,8 @@ namespace {
 
 class NenTangMac final : public NenTang {
    public:
+    explicit NenTangMac(MotBan& motBan) : motBan_(motBan) {}
+
     std::string thuMucGiaoDien() const override {
         return chuCpp(NSBundle.mainBundle.resourcePath) + "/giao-dien";
     }
@@ -53,6 +55,8 @@ class NenTangMac final : public NenTang {
         TVUngDung* const uyQuyen = [[TVUngDung alloc] initVoiChu:&ungDung cach:cach];
         NSApp.delegate = uyQuyen;
         datMenuChinh(uyQuyen);
+        motBan_.nghe([&ungDung] { ungDung.khiMoLaiUngDung(UngDung::CoCuaSoHien::khong); },
+                     [&ungDung] { ungDung.thoat(); });
         const TinHieuMac tinHieu(*vongLap_, [&ungDung] { ungDung.thoat(); });
         [NSApp run];
         NSApp.delegate = nil;
@@ -60,6 +64,7 @@ class NenTangMac final : public NenTang {
     }
 
    private:
+    MotBan& motBan_;
     std::unique_ptr<VongLap> vongLap_ = taoVongLap();
     std::unique_ptr<CaiDat> caiDat_ = taoCaiDat();
     std::unique_ptr<HopBao> hopBao_ = taoHopBao();
@@ -86,11 +91,12 @@ bool coManHinh() {
 
 }  // namespace
 
-std::unique_ptr<NenTang> NenTang::tao(int&, char**) {
+std::unique_ptr<NenTang> NenTang::tao(int&, char**, MotBan& motBan) {
     if (!coManHinh()) return nullptr;
     std::signal(SIGPIPE, SIG_IGN);
     [NSApplication sharedApplication];
-    return std::make_unique<NenTangMac>();
+    motBan.vaoCho();
+    return std::make_unique<NenTangMac>(motBan);
 }
 
 }  // namespace tovira

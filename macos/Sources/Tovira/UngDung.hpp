@@ -28,8 +28,9 @@ class UngDung {
         // Shows the program's own icon, drawn at run time.
         virtual void datBieuTuong() = 0;
         virtual void datKieu(Kieu kieu) = 0;
-        // Opens a new instance of this program beside the running one; `xong` runs once, on any thread, with
-        // the reason as the user sees it where that failed.
+        // Opens a new instance of this program beside the running one; `xong` runs once, on any thread, when
+        // it runs or with the reason as the user sees it where that failed. Nothing while an earlier one is
+        // on its way.
         virtual void moBanMoi(std::function<void(std::optional<std::string> loi)> xong) = 0;
         // Ends the event loop; khiSapKetThuc arrives before it ends.
         virtual void ketThuc() = 0;

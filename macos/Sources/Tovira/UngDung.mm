@@ -10,6 +10,7 @@
 #include "ChuMac.h"
 #include "CuaSoPhuMac.h"
 #include "HienDienMac.h"
+#include "MotBan.hpp"
 
 namespace tovira {
 
@@ -26,6 +27,7 @@ struct UngDungMac final : UngDung::Nen {
     void moBanMoi(std::function<void(std::optional<std::string>)> xong) override {
         NSWorkspaceOpenConfiguration* cach = [NSWorkspaceOpenConfiguration configuration];
         cach.createsNewApplicationInstance = YES;
+        cach.environment = @{@(MotBan::bienThay) : @"1"};
         // The new one talks to the same server; the first argument is the program's own path.
         NSArray<NSString*>* thamSo = NSProcessInfo.processInfo.arguments;
         if (thamSo.count > 1) cach.arguments = [thamSo subarrayWithRange:NSMakeRange(1, thamSo.count - 1)];

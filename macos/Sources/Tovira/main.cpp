@@ -1,6 +1,7 @@
 // The entry: a list of steps.
 
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -12,6 +13,7 @@
 #include "GiaoDienKem.hpp"
 #include "KiemQuyenNen.hpp"
 #include "ManHinhNen.hpp"
+#include "MotBanNen.hpp"
 #include "NenTang.hpp"
 #include "ThamSo.hpp"
 #include "TuKiemNen.hpp"
@@ -30,7 +32,11 @@ int chayQuyen() {
 }
 
 int chayUngDung(int soThamSo, char** cacThamSo, const std::vector<std::string>& thamSo) {
-    const auto nen = NenTang::tao(soThamSo, cacThamSo);
+    const auto nenMotBan = taoNenMotBan();
+    MotBan motBan(*nenMotBan, MotBan::cach(thamSo, std::getenv(MotBan::bienThay)));
+    ::unsetenv(MotBan::bienThay);  // meant for this program, not for those that it starts
+    if (motBan.batDau() == MotBan::Viec::ketThuc) return 0;
+    const auto nen = NenTang::tao(soThamSo, cacThamSo, motBan);
     if (!nen) return 1;
     ThamSo thamSoChung = ThamSo::tinh(thamSo, nen->caiDat());
     const ThamSo::DatChung datThamSo(thamSoChung);
