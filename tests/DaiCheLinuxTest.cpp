@@ -109,6 +109,23 @@ TEST_F(DaiCheX11, tuHienDenAnKhongKhungNaoCoThanh) {
     EXPECT_TRUE(choThay({{0x0000C8, 500, 28}, {0x105010, 575, 28}}));
 }
 
+// A window without a background shows at first what stood where it comes: the bar, too.
+TEST_F(DaiCheX11, cuaSoChuaVeKhongDemThanhVaoKhung) {
+    const CuaMau duoi(x.c(), x.goc(), 0x0000C0, {400, 0, 500, 300});
+    mo();
+    const CuaMau thanh(khac.c(), khac.goc(), mauThanh, oThanh, CuaMau::Hien::chua);
+    const CuaSoAnLinux an(khac.c(), khac.goc(), thanh.ma());
+    thanh.hien();
+    ASSERT_TRUE(choThay({{0x0000C0, 640, 28}}));
+    const CuaMau trong(x.c(), x.goc(), std::nullopt, {420, 0, 440, 200}, CuaMau::Hien::chua);
+    trong.hien();
+    thanh.hien();
+    duoi.to(0x0000C8);
+    EXPECT_TRUE(choThay({{0x0000C8, 500, 250}, {0x0000C8, 640, 28}})) << "not painted yet: as if not there";
+    trong.to(0x00A060);
+    EXPECT_TRUE(choThay({{0x00A060, 500, 28}, {0x00A060, 800, 28}}));
+}
+
 // It comes and goes while everything changes as fast as it can.
 TEST_F(DaiCheX11, denVaDiGiuaLucVe) {
     const CuaMau duoi(x.c(), x.goc(), 0x0000C0, {400, 0, 500, 300});

@@ -1,6 +1,8 @@
 #pragma once
 // One thread. A window of one colour that no window manager manages, on top when it comes.
 
+#include <optional>
+
 #include "DemAnhLinux.hpp"
 #include "XcbLinux.hpp"
 
@@ -10,16 +12,19 @@ class CuaMau {
   public:
     enum class Hien { co, chua };
 
-    // `o` is its place on the screen without the border, which is `mauVien`.
-    CuaMau(xcb_connection_t* c, xcb_window_t goc, std::uint32_t mau, const OAnh& o, Hien hien = Hien::co,
-           int vien = 0, std::uint32_t mauVien = 0)
+    // `o` is its place on the screen without the border, which is `mauVien`; without a colour nothing paints
+    // it.
+    CuaMau(xcb_connection_t* c, xcb_window_t goc, std::optional<std::uint32_t> mau, const OAnh& o,
+           Hien hien = Hien::co, int vien = 0, std::uint32_t mauVien = 0)
         : c_(c), ma_(xcb_generate_id(c)) {
-        const std::uint32_t giaTri[] = {mau, mauVien, 1};
-        xcb_create_window(c, XCB_COPY_FROM_PARENT, ma_, goc, static_cast<std::int16_t>(o.x - vien),
-                          static_cast<std::int16_t>(o.y - vien), static_cast<std::uint16_t>(o.rong),
-                          static_cast<std::uint16_t>(o.cao), static_cast<std::uint16_t>(vien),
-                          XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
-                          XCB_CW_BACK_PIXEL | XCB_CW_BORDER_PIXEL | XCB_CW_OVERRIDE_REDIRECT, giaTri);
+        const std::uint32_t giaTri[] = {mau.value_or(0), mauVien, 1};
+        xcb_create_window(
+            c, XCB_COPY_FROM_PARENT, ma_, goc, static_cast<std::int16_t>(o.x - vien),
+            static_cast<std::int16_t>(o.y - vien), static_cast<std::uint16_t>(o.rong),
+            static_cast<std::uint16_t>(o.cao), static_cast<std::uint16_t>(vien),
+            XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
+            (mau ? std::uint32_t{XCB_CW_BACK_PIXEL} : 0U) | XCB_CW_BORDER_PIXEL | XCB_CW_OVERRIDE_REDIRECT,
+            giaTri + (mau ? 0 : 1));
         if (hien == Hien::co) this->hien();
     }
     ~CuaMau() {

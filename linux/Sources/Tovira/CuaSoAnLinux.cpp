@@ -64,6 +64,8 @@ CuaSoAnLinux::CuaSoAnLinux(xcb_connection_t* c, xcb_window_t goc, xcb_window_t c
     if (cho && man) {
         const int le = tin->coBoGhep ? rongBong : 0;
         const int vien = 2 * (le + cho->border_width);
+        tin->oCuaSo = {cho->x, cho->y, cho->width + 2 * cho->border_width,
+                       cho->height + 2 * cho->border_width};
         tin->o =
             cat({cho->x - le, cho->y - le, cho->width + vien, cho->height + vien}, man->width, man->height);
     }

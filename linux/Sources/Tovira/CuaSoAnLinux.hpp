@@ -18,6 +18,7 @@ class CuaSoAnLinux {
     // What a capture has to know.
     struct Tin {
         xcb_window_t cuaSo = XCB_NONE;
+        OAnh oCuaSo;  // on the root window, border included
         // The part of the root window that it changes: where it stands, and a compositor's shadow around.
         OAnh o;
         // A compositor draws the desktop: what stands in the windows is not yet what is on the screen.

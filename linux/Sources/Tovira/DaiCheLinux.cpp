@@ -23,6 +23,11 @@ xcb_rectangle_t oX(const OAnh& o) {
             static_cast<std::uint16_t>(o.rong), static_cast<std::uint16_t>(o.cao)};
 }
 
+// How much redder than anything else the covering window's own colour is, and how many such pixels another
+// window must share with it before that is no accident.
+constexpr int doLechMau = 60;
+constexpr int giongToiThieu = 16;
+
 std::int16_t so16(int so) {
     return static_cast<std::int16_t>(so);
 }
@@ -157,6 +162,8 @@ bool DaiChe::nhan(const xcb_generic_event_t& suKien) {
     // All of them begin with the window that reports and the one that it is about.
     const auto& cay = reinterpret_cast<const xcb_map_notify_event_t&>(suKien);
     if (cay.event == cay.window) return false;  // the root window itself
+    if (loai == XCB_MAP_NOTIFY || loai == XCB_CONFIGURE_NOTIFY)
+        if (const auto canh = canh_.find(cay.window); canh != canh_.end()) canh->second.nghi = true;
     doiCay_ |= anh_ != XCB_NONE;
     return true;
 }
@@ -230,6 +237,7 @@ bool DaiChe::capNhatCay() {
     std::unordered_map<xcb_window_t, Canh> canh;
     for (const auto& cua : moi) {
         if (auto cu = canh_.extract(cua.ma)) {
+            cu.mapped().nghi = true;
             canh.insert(std::move(cu));
             continue;
         }
@@ -245,19 +253,58 @@ bool DaiChe::capNhatCay() {
     return true;
 }
 
-void DaiChe::ghep(DemAnh& dem, const std::vector<DoanHang>& cac) {
-    if (!dung()) return;
+bool DaiChe::trong(const std::vector<DoanHang>& cac) const {
     const int tren = o_.y - man_.y;
-    if (std::none_of(cac.begin(), cac.end(),
-                     [&](const DoanHang& d) { return d.tu < tren + o_.cao && d.den > tren; }))
-        return;
+    return dung() && std::any_of(cac.begin(), cac.end(),
+                                 [&](const DoanHang& d) { return d.tu < tren + o_.cao && d.den > tren; });
+}
+
+void DaiChe::ghep(DemAnh& dem, const std::vector<DoanHang>& cac) {
     if (anh_ != XCB_NONE) {
-        if (std::exchange(doiCay_, false)) capNhatCay();
+        doiCay_ = false;
+        capNhatCay();
         veNen();
         for (const auto& cua : cac_)
-            veCua(cua);
+            if (!conThanh(cua)) veCua(cua);
     }
     chepVao(dem, cac);
+}
+
+// A window that comes, or becomes larger, shows what stood there before until its program has painted it.
+bool DaiChe::conThanh(const Cua& cua) {
+    const auto canh = canh_.find(cua.ma);
+    if (canh == canh_.end() || !canh->second.nghi) return false;
+    const OAnh o = giao(giao(cua.o, tin_->oCuaSo), o_);
+    canh->second.nghi = false;
+    if (o == OAnh{}) return false;
+    const auto thanh = docCua(tin_->cuaSo, tin_->oCuaSo, o);
+    const auto no = docCua(cua.ma, cua.o, o);
+    const auto so = static_cast<std::size_t>(o.rong) * static_cast<std::size_t>(o.cao) * 4;
+    if (!thanh || !no || static_cast<std::size_t>(xcb_get_image_data_length(thanh.get())) < so ||
+        static_cast<std::size_t>(xcb_get_image_data_length(no.get())) < so)
+        return false;
+    const auto* a = xcb_get_image_data(thanh.get());
+    const auto* b = xcb_get_image_data(no.get());
+    int giong = 0;
+    for (std::size_t i = 0; i < so; i += 4) {
+        // Only its own colour: everybody has white.
+        const bool mauRieng = a[i + 2] > std::max(a[i], a[i + 1]) + doLechMau;
+        giong += mauRieng && a[i] == b[i] && a[i + 1] == b[i + 1] && a[i + 2] == b[i + 2];
+    }
+    canh->second.nghi = giong >= giongToiThieu;
+    return canh->second.nghi;
+}
+
+// The pixels that `cua`, which stands at `cuaO`, has for the part `o` of the root window.
+PhanXcb<xcb_get_image_reply_t> DaiChe::docCua(xcb_window_t cua, const OAnh& cuaO, const OAnh& o) const {
+    auto* c = x_->c();
+    const auto diem = xcb_generate_id(c);
+    xcb_composite_name_window_pixmap(c, cua, diem);
+    const auto phieu =
+        xcb_get_image(c, XCB_IMAGE_FORMAT_Z_PIXMAP, diem, so16(o.x - cuaO.x), so16(o.y - cuaO.y),
+                      static_cast<std::uint16_t>(o.rong), static_cast<std::uint16_t>(o.cao), ~0U);
+    xcb_free_pixmap(c, diem);
+    return PhanXcb<xcb_get_image_reply_t>(xcb_get_image_reply(c, phieu, nullptr));
 }
 
 void DaiChe::veNen() {

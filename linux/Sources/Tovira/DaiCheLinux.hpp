@@ -48,7 +48,10 @@ class DaiChe {
     [[nodiscard]] std::optional<xcb_xfixes_fetch_region_cookie_t> hoiThayDoi();
     bool thayDoi(std::optional<xcb_xfixes_fetch_region_cookie_t> phieu);
 
+    // Is there anything to write into a picture read at `cac`?
+    [[nodiscard]] bool trong(const std::vector<DoanHang>& cac) const;
     // Writes the strip into `dem`, which shows `man` and has just been read, where `cac` says that it was.
+    // The server is grabbed and its events have been read.
     void ghep(DemAnh& dem, const std::vector<DoanHang>& cac);
 
   private:
@@ -63,6 +66,7 @@ class DaiChe {
     struct Canh {
         xcb_damage_damage_t ma = XCB_NONE;
         bool daVe = false;
+        bool nghi = true;  // may still show what stood on the screen where it came, the covering window too
     };
 
     [[nodiscard]] bool dung() const { return tin_ != nullptr; }
@@ -76,6 +80,9 @@ class DaiChe {
     bool capNhatCay();
     void veNen();
     void veCua(const Cua& cua);
+    [[nodiscard]] bool conThanh(const Cua& cua);
+    [[nodiscard]] PhanXcb<xcb_get_image_reply_t> docCua(xcb_window_t cua, const OAnh& cuaO,
+                                                        const OAnh& o) const;
     void chepVao(DemAnh& dem, const std::vector<DoanHang>& cac);
 
     const ManX* x_ = nullptr;

@@ -26,6 +26,24 @@ Loi manHinhDoi() {
     return {ManHinh::mienNguon, ManHinh::maManHinhDoi, "Màn hình đang chia sẻ đã thay đổi hoặc bị ngắt"};
 }
 
+// Nobody else's requests are carried out meanwhile, and every event so far has arrived.
+class GiuMayChuX {
+  public:
+    explicit GiuMayChuX(xcb_connection_t* c) : c_(c) {
+        xcb_grab_server(c);
+        PhanXcb<void>(xcb_get_input_focus_reply(c, xcb_get_input_focus(c), nullptr));
+    }
+    ~GiuMayChuX() {
+        xcb_ungrab_server(c_);
+        xcb_flush(c_);
+    }
+    GiuMayChuX(const GiuMayChuX&) = delete;
+    GiuMayChuX& operator=(const GiuMayChuX&) = delete;
+
+  private:
+    xcb_connection_t* c_;
+};
+
 }  // namespace
 
 // The part that lives on the frame queue.
@@ -276,7 +294,11 @@ void LuongManHinhLinux::Ruot::chup(const std::shared_ptr<DemAnh>& dem) {
         xemCuaSoAn(giu);
         cac = doanKhac(dem->phienBan, phienBan_, o_.cao);
         duoc = dem->doc(x_.goc(), o_.x, o_.y, cac);
-        if (duoc) dai_.ghep(*dem, cac);
+        if (duoc && dai_.trong(cac)) {
+            const GiuMayChuX giuMayChu(x_.c());  // or windows come between the look and the reading
+            duoc = theoDoi_.docSuKien(dai_);
+            dai_.ghep(*dem, cac);
+        }
     }
     if (!duoc) return ketThuc(viSaoDung());  // the root window has become smaller than what was asked for
     if (oConTro_ != OAnh{})

@@ -9,9 +9,12 @@
 #include <QTimer>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <optional>
+#include <utility>
 
 #include "BaoMaMayLinux.hpp"
+#include "BatBien.hpp"
 #include "DieuKhienLinux.hpp"
 #include "ManHinhLinux.hpp"
 #include "MayChuNhanNen.hpp"
@@ -72,6 +75,44 @@ bool coManHinh() {
     return duoc;
 }
 
+// Whatever tells the program to end has it end by its own rules, not by asking every window.
+class NgheThoat final : public QObject {
+  public:
+    explicit NgheThoat(UngDung& ungDung) : ungDung_(ungDung) { qApp->installEventFilter(this); }
+
+  private:
+    bool eventFilter(QObject* vat, QEvent* suKien) override {
+        if (vat != qApp || suKien->type() != QEvent::Quit) return false;
+        ungDung_.thoat();
+        return true;
+    }
+
+    UngDung& ungDung_;
+};
+
+// When its connection to the display is cut Qt ends the process on the spot; what is held down is held in
+// the display, which may well go on.
+class LucBiCat {
+  public:
+    LucBiCat(UngDung& ungDung, VongLap& vongLap) {
+        static const bool daDangKy = std::atexit(&LucBiCat::thaHet) == 0;
+        TOVIRA_BUOC(daDangKy);
+        ungDung_ = &ungDung;
+        vongLap_ = &vongLap;
+    }
+    ~LucBiCat() { ungDung_ = nullptr; }
+    LucBiCat(const LucBiCat&) = delete;
+    LucBiCat& operator=(const LucBiCat&) = delete;
+
+  private:
+    static void thaHet() {
+        if (ungDung_ != nullptr && vongLap_->dangOChinh()) std::exchange(ungDung_, nullptr)->khiSapKetThuc();
+    }
+
+    static inline UngDung* ungDung_ = nullptr;
+    static inline VongLap* vongLap_ = nullptr;
+};
+
 int& datTen(int& soThamSo) {
     QApplication::setOrganizationName(QStringLiteral("Tovira"));
     QApplication::setApplicationName(QStringLiteral("Tovira"));
@@ -127,6 +168,8 @@ int NenTangLinux::chay(UngDung& ungDung, UngDung::KhoiDong cach) {
                             ungDung_.khiMatCho();
                             ungDung.thoat();
                         });
+    const NgheThoat ngheThoat(ungDung);
+    const LucBiCat lucBiCat(ungDung, vongLap_);
     QObject moc;
     cua_.khiChonMenu = [&ungDung](LenhMenu lenh) {
         switch (lenh) {
