@@ -301,6 +301,19 @@ test('the host announces itself, keeps its code, comes back after a loss and sta
   assert.equal(t.cam.gui.length, soGui + 1);
 });
 
+test('a page that opens before its connection asks for one code, not two', async () => {
+  const t = taoTraLoiThu({ cam: taoCam({ noi: false }) });
+  t.cam.noi();
+  assert.equal(t.cam.gui.length, 1);
+  await t.tra({ ok: true, ma: '123456789', stun: [] });
+  t.cam.mat();
+  t.cam.noi();
+  t.cam.mat(); // the question goes unanswered with its connection
+  await lang();
+  t.cam.noi();
+  assert.equal(t.cam.gui.length, 3);
+});
+
 test('a server that refuses, is too busy, or is not there', async () => {
   for (const [dap, tinh] of [[{ ok: false, code: 'khong_may_chu' }, 'khong-may-chu'], [{ ok: false, code: 'phien_ban' }, 'phien-ban'], [{ ok: true, ma: 'x' }, 'hong'], [{ ok: false, code: 'sai_dang' }, 'hong']]) {
     const t = taoTraLoiThu();

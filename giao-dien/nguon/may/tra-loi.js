@@ -8,6 +8,7 @@ export function taoTraLoi({ kenh, kho, sinhThe, khi, hen }) {
   let tinh = 'cho';
   let dongHo = 0;
   let stun = [];
+  let dangHoi = false;
 
   // The proof that a code is this machine's; whoever has it can take the code over, so it stays in this origin's store.
   function the() {
@@ -28,9 +29,14 @@ export function taoTraLoi({ kenh, kho, sinhThe, khi, hen }) {
     dongHo = hen.dat(dangKy, ms);
   }
 
+  // One at a time: two without a code would be given two, and the one shown first would be nobody's. A question that
+  // the connection loses is answered, so this never waits for ever.
   async function dangKy() {
     hen.huy(dongHo);
+    if (dangHoi) return;
+    dangHoi = true;
     const dap = await kenh.goi('may:mo', { pb: 1, ma: ma(), the: the() });
+    dangHoi = false;
     if (dap.ok && /^\d{9}$/.test(dap.ma)) {
       kho.ghi('ma', dap.ma);
       stun = Array.isArray(dap.stun) ? dap.stun : [];
