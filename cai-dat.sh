@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Installs what building, running and testing Tovira needs and this machine does not have yet. Nothing else.
+# Installs what building and running Tovira needs and this machine does not have yet. Nothing else.
+#   --kiem-thu          also what the tests need          --nha-phat-trien   also what developers and benchmarks need
 #
 #   ./cai-dat.sh [--nha-phat-trien]   with what formatting, linting, fuzzing and the benchmarks need, too
 set -euo pipefail
@@ -20,6 +21,9 @@ goiDebian=(
     xvfb xauth openbox xdotool xterm x11-utils x11-xserver-utils x11-apps imagemagick curl dbus
     fonts-dejavu-core fonts-noto-core
 )
+# The end-to-end test's browser and networks. Ubuntu has this browser only as a snap, which a driver cannot start.
+goiDebianKiemThu=(iproute2)
+! grep -qs '^ID=debian' /etc/os-release || goiDebianKiemThu+=(chromium chromium-driver)
 # Second compiler, formatter, linter and fuzzer; the benchmarks' libraries; the peers they measure beside.
 goiDebianPhatTrien=(
     clang clang-format clang-tidy libclang-rt-dev ccache
@@ -77,8 +81,9 @@ caiHomebrew() {
 
 case "${1:-}" in
     "") ;;
+    --kiem-thu) goiDebian+=("${goiDebianKiemThu[@]}") ;;
     --nha-phat-trien)
-        goiDebian+=("${goiDebianPhatTrien[@]}")
+        goiDebian+=("${goiDebianKiemThu[@]}" "${goiDebianPhatTrien[@]}")
         goiHomebrew+=("${goiHomebrewPhatTrien[@]}")
         ;;
     *) echo "Unknown option: $1" >&2; exit 2 ;;

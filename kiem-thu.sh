@@ -7,7 +7,7 @@ cd "$(dirname "$0")"
 noi() { printf '• %s\n' "$*"; }
 
 noi "Installing what is missing"
-./cai-dat.sh
+./cai-dat.sh --kiem-thu
 macDinh=dev
 [ "$(uname -s)" = Darwin ] && macDinh=macos
 preset=${1:-$macDinh}
