@@ -100,18 +100,18 @@ TEST_F(WebLinux, cauMoTruocTrangVaGiuThuTu) {
         << "a field that cannot be said is dropped alone";
 }
 
-TEST_F(WebLinux, kenhChiDuaRaMotPhuongThuc) {
+TEST_F(WebLinux, kenhChiDuaRaHaiPhuongThuc) {
     len();
     js("window.tra = []; qt.webChannelTransport.onmessage = function (m) { tra.push(JSON.parse(m.data)); }; "
        "1",
        QWebEngineScript::ApplicationWorld);
     guiThang("{ type: 3, id: 1 }");  // "init": what is there?
     EXPECT_TRUE(cho([&] { return js("tra.length", QWebEngineScript::ApplicationWorld) == "1"; }));
-    const char* chiMot =
-        R"js({"tv":{"methods":[["nhan",0],["nhan(QString)",0]],"properties":[],"signals":[]}})js";
-    EXPECT_EQ(js("JSON.stringify(tra[0].data)", QWebEngineScript::ApplicationWorld), chiMot);
+    const char* chiHai =
+        R"js({"tv":{"methods":[["nhan",0],["nhan(QString)",0],["hoi",1],["hoi(QString)",1]],"properties":[],"signals":[]}})js";
+    EXPECT_EQ(js("JSON.stringify(tra[0].data)", QWebEngineScript::ApplicationWorld), chiHai);
     for (const char* ten :
-         {"'deleteLater'", "'deleteLater()'", "'destroyed'", "'setObjectName'", "1", "2", "3", "4", "5"})
+         {"'deleteLater'", "'deleteLater()'", "'destroyed'", "'setObjectName'", "2", "3", "4", "5"})
         guiThang(std::string("{ type: 6, object: 'tv', method: ") + ten + ", args: [], id: 2 }");
     guiThang("{ type: 7, object: 'tv', signal: 0 }");
     guiThang("{ type: 9, object: 'tv', property: 0, value: 'x' }");
@@ -191,6 +191,7 @@ TEST_F(WebLinux, khungConVaCuaSoTachKhongCoCau) {
 TEST_F(WebLinux, chiCuBamLienKetMoiRaNgoai) {
     may().trang["/app"] = {R"html(<!doctype html><title>app</title>
         <a id="ngoai" href="http://doc.example/khac">x</a><a id="trong" href="http://tin.example:81/khac">x</a>
+        <a id="chan" href="http://doc.example/khac" onclick="event.preventDefault(); location.href = this.href">x</a>
         <a id="chuyen" href="/chuyen">x</a><a id="tach" target="_blank" href="http://doc.example/tach">x</a>)html"};
     may().trang["/chuyen"] = {"", "text/plain", "Location: http://doc.example/dich\r\n", 302};
     len();
@@ -213,6 +214,72 @@ TEST_F(WebLinux, chiCuBamLienKetMoiRaNgoai) {
     EXPECT_TRUE(choJs("location.host === 'doc.example' && document.readyState === 'complete'"))
         << "a script's own way";
     EXPECT_TRUE(khac.viec.empty());
+    trang.tai(thamSo.duongDanApp, 60);
+    ASSERT_TRUE(choTrang("app"));
+    js("document.getElementById('chan').click()");
+    EXPECT_TRUE(choJs("location.host === 'doc.example' && document.readyState === 'complete'"))
+        << "a click that the page took for itself, likewise";
+    EXPECT_TRUE(khac.viec.empty());
+}
+
+// Links in the frames within follow the same rules, whoever's frames they are; the page hears nothing of it.
+TEST_F(WebLinux, bamLienKetTrongKhungCon) {
+    may().trang["/app"] = {R"html(<!doctype html><title>app</title><script>
+        window.nghe = []; addEventListener('message', function (e) { nghe.push(e.data); }, true);
+        addEventListener('message', function (e) { nghe.push(e.data); });
+        window.kq = []; window.__tvDaTai = function (d, t) { kq.push(t); };
+        </script><iframe src="/khung"></iframe><iframe src="http://doc.example/khung"></iframe>
+        <iframe src="/khung"></iframe>)html"};
+    may().trang["/khung"] = {R"html(<!doctype html><title>khung</title><script>
+        window.bam = 0;
+        addEventListener('message', function (e) {
+            if (e.data === 'dem') e.source.postMessage('bam ' + bam, '*');
+            else if (e.data === 'tuDi') location.href = 'http://la.example/den';
+            else document.getElementById(e.data).click();
+        });
+        addEventListener('click', function () { bam++; });
+        </script><a id="ngoai" href="http://la.example/khac">x</a>
+        <a id="trong" href="http://tin.example:81/den" onclick="bam += 10"><b>x</b></a>
+        <a id="tai" href="data:text/plain,trong%20khung">x</a>
+        <a id="chan" href="http://la.example/khac" onclick="event.preventDefault()">x</a>
+        <a id="tach" target="_blank" href="http://la.example/tach">x</a>)html"};
+    may().trang["/den"] = {"<script>parent.postMessage('den ' + location.host, '*')</script>"};
+    len();
+    EXPECT_TRUE(choJs("frames.length === 3"));
+    for (const char* khung : {"0", "1"}) {
+        const auto bao = [&](const std::string& viec) {
+            js("nghe = []; frames[" + std::string(khung) + "].postMessage('" + viec + "', '*')");
+        };
+        ASSERT_TRUE(cho([&] {
+            bao("dem");
+            return choJs("nghe.length");
+        }));
+        bao("ngoai");
+        ASSERT_TRUE(cho([&] { return !khac.viec.empty(); })) << khung;
+        bao("tach");
+        ASSERT_TRUE(cho([&] { return khac.viec.size() == 2; })) << khung;
+        bao("chan");
+        bao("tai");
+        ASSERT_TRUE(choJs("kq.length === 1")) << khung;
+        EXPECT_EQ(
+            khac.lay(),
+            (std::vector<std::string>{
+                "mo http://la.example/khac", "mo http://la.example/tach",
+                "hien " + (tam.duong() / (*khung == '0' ? "tep-nhan-duoc.txt" : "tep-nhan-duoc (2).txt"))
+                              .string()}));
+        bao("dem");
+        EXPECT_TRUE(choJs("nghe.length"));
+        EXPECT_EQ(js("kq = []; nghe.join()"), "bam 4,bam 4")
+            << "heard by two listeners; each click happens once";
+        bao("trong");
+        EXPECT_TRUE(choJs("nghe.length === 2"));
+        EXPECT_EQ(js("nghe.join()"), "den tin.example:81,den tin.example:81") << "allowed, in its own frame";
+    }
+    js("nghe = []; frames[2].postMessage('tuDi', '*')");
+    EXPECT_TRUE(choJs("nghe.length === 2"));
+    EXPECT_EQ(js("nghe[0]"), "den la.example") << "a script's own way";
+    EXPECT_TRUE(khac.viec.empty());
+    EXPECT_EQ(js("document.title"), "app");
 }
 
 TEST_F(WebLinux, trangMatKetNoiVaDuongVe) {

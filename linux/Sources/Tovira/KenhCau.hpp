@@ -18,11 +18,14 @@ namespace tovira {
 class KenhCauTho : public QObject {
     Q_OBJECT
   public:
-    explicit KenhCauTho(std::function<void(const QString&)> khiNhan) : khiNhan_(std::move(khiNhan)) {}
+    KenhCauTho(std::function<void(const QString&)> khiNhan, std::function<bool(const QString&)> khiHoi)
+        : khiNhan_(std::move(khiNhan)), khiHoi_(std::move(khiHoi)) {}
     Q_INVOKABLE void nhan(const QString& chu) { khiNhan_(chu); }
+    Q_INVOKABLE bool hoi(const QString& diaChi) { return khiHoi_(diaChi); }
 
   private:
     std::function<void(const QString&)> khiNhan_;
+    std::function<bool(const QString&)> khiHoi_;
 };
 
 class KenhCau {
@@ -33,6 +36,8 @@ class KenhCau {
         std::function<void(const QString& json, const std::string& goc)> khiThongDiep;
         // The user is about to follow a link of the main frame to this address.
         std::function<void(const QString& diaChi)> khiBam;
+        // The user has clicked a link to this address in a frame within: is it to be followed there?
+        std::function<bool(const QString& diaChi)> duocTheo;
     };
 
     KenhCau(QWebEnginePage& trang, NguoiNhan nguoiNhan);
@@ -52,6 +57,7 @@ class KenhCau {
     std::unique_ptr<KenhCauTho> dau_;
     QWebChannel kenh_;
     QString tenSuKien_;
+    QString khoaBam_;  // by which the main frame knows its own script in the frames within
 };
 
 }  // namespace tovira

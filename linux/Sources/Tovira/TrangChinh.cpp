@@ -35,7 +35,8 @@ TrangChinh::TrangChinh(QWebEngineProfile& hoSo, CuaSo& chu, CuaSoTachLinux& tach
                         if (!chu_.gocCauDuoc(gocCua(url()))) return;
                         chu_.cau().nhan(json.toStdString(), {LoaiKhung::chinh, goc});
                     },
-                    [this](const QString& diaChi) { khiBam(diaChi); }}) {
+                    [this](const QString& diaChi) { khiBam(diaChi); },
+                    [this](const QString& diaChi) { return xet(QUrl(diaChi), LoaiDieuHuong::bamLienKet); }}) {
     hanCho_.setSingleShot(true);
     hanBam_.setSingleShot(true);
     hanBam_.setInterval(doiSauBam);
@@ -65,9 +66,13 @@ void TrangChinh::taiHtml(const QString& html) {
 }
 
 bool TrangChinh::acceptNavigationRequest(const QUrl& url, NavigationType kieu, bool khungChinh) {
+    return xet(url, loai(url, kieu, khungChinh));
+}
+
+bool TrangChinh::xet(const QUrl& url, LoaiDieuHuong loai) {
     ThaoTacDieuHuong thaoTac;
     if (!url.isEmpty()) thaoTac.diaChi = diaChiCua(url);
-    thaoTac.loai = loai(url, kieu, khungChinh);
+    thaoTac.loai = loai;
     switch (chu_.khiDieuHuong(thaoTac)) {
         case TraLoiDieuHuong::choPhep:
             return true;
@@ -80,8 +85,8 @@ bool TrangChinh::acceptNavigationRequest(const QUrl& url, NavigationType kieu, b
     return false;
 }
 
-// The engine calls a script's own navigation a link click too; a click is one only if it was seen. In other
-// frames none can be seen.
+// The engine calls a script's own navigation a link click too; a click is one only if it was seen. One in
+// another frame was asked about before.
 LoaiDieuHuong TrangChinh::loai(const QUrl& url, NavigationType kieu, bool khungChinh) {
     if (!khungChinh) return LoaiDieuHuong::khac;
     if (kieu == NavigationTypeRedirect) return truoc_;

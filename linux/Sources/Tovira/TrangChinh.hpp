@@ -25,6 +25,8 @@ class TrangChinh final : public TrangChung {
     bool acceptNavigationRequest(const QUrl& url, NavigationType kieu, bool khungChinh) override;
 
   private:
+    // Asks the logic, and does what it says; true when the page may go there.
+    [[nodiscard]] bool xet(const QUrl& url, LoaiDieuHuong loai);
     [[nodiscard]] LoaiDieuHuong loai(const QUrl& url, NavigationType kieu, bool khungChinh);
     void khiBam(const QString& diaChi);
     void khiTaiDoi(const QWebEngineLoadingInfo& tin);
