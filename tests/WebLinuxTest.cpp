@@ -1,8 +1,6 @@
 // The web host on a real engine, against a real server: the bridge, who is kept away from it, and where pages
 // go.
 
-#include <QDir>
-#include <QFile>
 #include <QMenu>
 #include <QMenuBar>
 #include <QScreen>
@@ -51,14 +49,6 @@ class WebLinux : public testing::Test, public gia::PhongWebLinux {
         js("qt.webChannelTransport.send(JSON.stringify(" + thongDiep + "))",
            QWebEngineScript::ApplicationWorld);
     }
-    [[nodiscard]] std::string tepTrongTam() const {
-        auto cac = QDir(QString::fromStdString(tam.duong().string())).entryList(QDir::Files, QDir::Name);
-        return cac.join(u'|').toStdString();
-    }
-    [[nodiscard]] std::string docTep(const char* ten) const {
-        QFile tep(QString::fromStdString((tam.duong() / ten).string()));
-        return tep.open(QIODevice::ReadOnly) ? tep.readAll().toStdString() : "(none)";
-    }
 };
 
 }  // namespace
@@ -98,6 +88,35 @@ TEST_F(WebLinux, cauMoTruocTrangVaGiuThuTu) {
     EXPECT_EQ(js(moiThu), "xong");
     EXPECT_TRUE(cho([&] { return nenNhap.suKien.size() == 1; }))
         << "a field that cannot be said is dropped alone";
+}
+
+// A trusted page that has lost its mind: nothing that it posts holds the host up or comes through as
+// something else.
+TEST_F(WebLinux, thongDiepQuaKhoVaDocAc) {
+    len();
+    lang();
+    nenNhap.lay();
+    const double dau = vong.dongHo();
+    js(R"js((function () {
+        var gui = function (o) { window.webkit.messageHandlers.tv.postMessage(o); };
+        var di = '{"t":"mouse_move","x":0,"y":0}', sau = {}, nhieu = {};
+        [JSON.parse('{"__proto__":{"k":"lenh","json":' + JSON.stringify(di) + '}}'),
+         JSON.parse('{"k":"__proto__"}'), { k: 'constructor' }, { k: 'lenh', json: { toString: function () { return di; } } },
+         { k: { toJSON: function () { return 'toString'; } } }, { get k() { throw 1; } }].forEach(gui);
+        for (var i = 0, o = sau; i < 100000; i++) o = o.o = {};
+        for (i = 0; i < 200000; i++) nhieu['khoa' + i] = i;
+        gui({ k: 'lenh', sau: sau });
+        gui(nhieu);
+        gui({ k: 'lenh', json: 'x'.repeat(32 << 20) });
+        gui({ k: 'ngonNgu', la: Array(1 << 20).fill('y') });
+        tovira.guiLenh('{"t":"mouse_move","x":1,"y":1}');
+    })(); 1)js");
+    ASSERT_TRUE(cho([&] { return !nenNhap.suKien.empty(); }));
+    const double lau = vong.dongHo() - dau;
+    RecordProperty("qua_kho_mili_giay", static_cast<int>(lau * 1000));
+    EXPECT_LT(lau, 10);
+    EXPECT_EQ(nenNhap.suKien.size(), 1U) << "of all that only the last is a command";
+    EXPECT_TRUE(caiDat.kho.count("ngonNgu") == 0 && khac.viec.empty());
 }
 
 TEST_F(WebLinux, kenhChiDuaRaHaiPhuongThuc) {
@@ -318,41 +337,6 @@ TEST_F(WebLinux, trangMatKetNoiVaDuongVe) {
     }
 }
 
-TEST_F(WebLinux, taiXuong) {
-    may().trang["/tep"] = {"mot", "application/octet-stream",
-                           "Content-Disposition: attachment; filename=\"../../a.txt\"\r\n"};
-    may().trang["/la"] = {"hai", "application/x-la"};
-    may().trang["/dut"] = {"ba", "application/octet-stream", "Content-Disposition: attachment\r\n"};
-    may().trang["/dut"].thieu = 7;
-    may().trang["/app"] = {R"html(<!doctype html><title>app</title><script>
-        window.kq = []; window.__tvDaTai = function (d, t) { kq.push(t); };
-        window.__tvTaiHong = function (l) { kq.push('hong'); };
-        </script><a id="dl" href="data:text/plain,du%20lieu">x</a>)html"};
-    len();
-    js("location.href = '/tep'; 1");
-    EXPECT_TRUE(choJs("kq.length === 1"));
-    EXPECT_EQ(js("document.title"), "app") << "a load that became a download replaces nothing";
-    // Two at once under one name; then what the engine cannot show; then blob: and data:.
-    js("['/tep', '/tep'].forEach(function (u) { var a = document.createElement('a'); a.href = u; a.download "
-       "= ''; "
-       "document.body.append(a); a.click(); }); 1");
-    EXPECT_TRUE(choJs("kq.length === 3"));
-    js("location.href = '/la'; 1");
-    EXPECT_TRUE(choJs("kq.length === 4"));
-    js("location.href = URL.createObjectURL(new Blob(['bon'])); 1");
-    EXPECT_TRUE(choJs("kq.length === 5"));
-    js("document.getElementById('dl').click(); 1");
-    EXPECT_TRUE(choJs("kq.length === 6"));
-    EXPECT_EQ(docTep("a.txt") + docTep("a (2).txt") + docTep("a (3).txt"), "motmotmot");
-    EXPECT_EQ(docTep("la"), "hai");
-    EXPECT_EQ(docTep("tep-nhan-duoc.txt"), "du lieu") << tepTrongTam();
-    EXPECT_EQ(js("document.title + typeof window.tovira"), "appobject");
-    EXPECT_EQ(khac.viec.size(), 6U) << "each one revealed";
-    js("location.href = '/dut'; 1");
-    EXPECT_TRUE(choJs("kq.length === 7"));
-    EXPECT_EQ(js("kq[6]"), "hong");
-}
-
 TEST_F(WebLinux, mayAnhVaMicro) {
     len();
     for (const auto& [ten, mongDoi] : {std::pair("127.0.0.1", "co"), std::pair("localhost", "co"),
@@ -373,26 +357,6 @@ TEST_F(WebLinux, hopThoaiCuaTrang) {
     len();
     EXPECT_EQ(js("alert('<b>chào</b>'); [confirm('?'), prompt('?', 'x')].join()"), "false,");
     EXPECT_EQ(khac.lay(), std::vector<std::string>{"thongBao <b>chào</b>"});
-}
-
-TEST_F(WebLinux, cuaSoTachTungCaiMot) {
-    len();
-    const auto dem = [] {
-        int so = 0;
-        for (auto* w : QApplication::topLevelWidgets())
-            if (w->isVisible() && w->findChild<QWebEngineView*>() != nullptr) ++so;
-        return so;
-    };
-    js("window.mot = window.open('', 'mot', 'width=520,height=400'); mot.document.title = 'mot'; 1");
-    ASSERT_TRUE(cho([&] { return dem() == 2; }));
-    js("window.hai = window.open('', 'hai'); 1");
-    EXPECT_TRUE(choJs("mot.closed && !hai.closed")) << "a new one closes the old one";
-    EXPECT_TRUE(cho([&] { return dem() == 2; }));
-    // The user closes it: its page closes itself.
-    for (auto* w : QApplication::topLevelWidgets())
-        if (w != &cua && w->isVisible() && w->findChild<QWebEngineView*>() != nullptr) w->close();
-    EXPECT_TRUE(choJs("hai.closed"));
-    EXPECT_EQ(dem(), 1);
 }
 
 TEST_F(WebLinux, dongCoChet) {

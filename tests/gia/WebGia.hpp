@@ -53,6 +53,7 @@ struct NenLinhTinhGia final : HopBao, MoDiaChi, TepNguoiDung, TuKhoiDong, Cau::N
     bool batKhoiDong = false;
     bool tinSauKhiXin = false;
     std::string thuMuc;
+    std::function<void()> trongThongBao;  // what happens while an alert is open
     std::function<void(TraLoi)> choNhan;
     std::function<void(std::string, std::string)> choChon;
 
@@ -61,7 +62,10 @@ struct NenLinhTinhGia final : HopBao, MoDiaChi, TepNguoiDung, TuKhoiDong, Cau::N
     void canhBao(const std::string& tieuDe, const std::string& chiTiet) override {
         viec.push_back("canhBao " + tieuDe + "|" + chiTiet);
     }
-    void thongBao(const std::string& noiDung) override { viec.push_back("thongBao " + noiDung); }
+    void thongBao(const std::string& noiDung) override {
+        viec.push_back("thongBao " + noiDung);
+        if (trongThongBao) trongThongBao();
+    }
     void mo(const std::string& diaChi) override { viec.push_back("mo " + diaChi); }
     std::optional<std::string> thuMucTaiXuong() const override { return thuMuc; }
     void hien(const std::string& duong) override { viec.push_back("hien " + duong); }

@@ -6,6 +6,7 @@
 #include <QTimer>
 #include <QWebEngineNewWindowRequest>
 #include <QWebEngineScript>
+#include <QWebEngineSettings>
 #include <QWebEngineView>
 #include <utility>
 
@@ -50,6 +51,21 @@ class CuaSoTachLinux::KhungTach final : public QMainWindow {
 
     [[nodiscard]] TrangChung& trang() { return *trang_; }
 
+    // Takes the page in that was asked for, and shows it. The engine gives a page that another one has opened
+    // no settings of its own before it goes somewhere, and ends the process when it draws without them. So
+    // they are made by a page that nobody sees, and handed over, in a turn of their own, before anything is
+    // drawn.
+    void nhan(QWebEngineNewWindowRequest& xin) {
+        trang_->setHtml(QString());
+        xin.openIn(trang_.get());
+        trang_->settings()->setAttribute(QWebEngineSettings::PluginsEnabled, false);
+        QTimer::singleShot(0, this, [this] {
+            if (daDong_) return;
+            show();
+            activateWindow();
+        });
+    }
+
     // Out of sight at once; deletes itself, but not within an event of its own page, and not while that page
     // is asking: the loop that turns then runs within the page.
     void boDi() {
@@ -82,9 +98,7 @@ CuaSoTachLinux::~CuaSoTachLinux() = default;
 
 void CuaSoTachLinux::mo(const MoTach& mo, QWebEngineNewWindowRequest& xin, CuaSo& chu) {
     auto khung = std::make_unique<KhungTach>(mo, chu, *this);
-    xin.openIn(&khung->trang());
-    khung->show();
-    khung->activateWindow();
+    khung->nhan(xin);
     cacKhung_[mo.ma] = std::move(khung);
 }
 

@@ -18,6 +18,8 @@ class CuaSoTachLinux final : public CuaSo::NenTach {
 
     // Opens the window that a page asked for by `xin`, with this identity and size.
     void mo(const MoTach& mo, QWebEngineNewWindowRequest& xin, CuaSo& chu);
+    // How many there are, those included whose pages are still closing themselves.
+    [[nodiscard]] std::size_t so() const { return cacKhung_.size(); }
 
     void dong(MaTach ma) override;
     void an(MaTach ma) override;

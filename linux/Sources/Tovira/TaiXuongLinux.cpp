@@ -25,7 +25,13 @@ void TaiXuongLinux::nhan(QWebEngineProfile& hoSo) {
 }
 
 void TaiXuongLinux::khiXin(QWebEngineDownloadRequest& tai) {
-    const MaTai ma = ++truoc_;
+    const MaTai ma = tai.id();
+    if (dangTai_.contains(ma)) {
+        // Interrupted, and the engine would try again by itself: what has failed has failed. Not accepted, it
+        // ends.
+        return hong(ma, tai);
+    }
+    dangTai_.insert(ma);
     const QFileInfo cho(QFile::decodeName(chu_.khiChonNoiLuu(ma, tenGoiY(tai)).c_str()));
     // In this order: with the folder the engine makes up a name of its own.
     tai.setDownloadDirectory(cho.path());
@@ -33,19 +39,21 @@ void TaiXuongLinux::khiXin(QWebEngineDownloadRequest& tai) {
     QObject::connect(&tai, &QWebEngineDownloadRequest::stateChanged, &moc_, [this, ma, &tai](auto trangThai) {
         switch (trangThai) {
             case QWebEngineDownloadRequest::DownloadCompleted:
-                tai.disconnect(&moc_);
-                chu_.khiTaiXong(ma);
+                if (dangTai_.erase(ma) > 0) chu_.khiTaiXong(ma);
                 break;
             case QWebEngineDownloadRequest::DownloadCancelled:
             case QWebEngineDownloadRequest::DownloadInterrupted:
-                tai.disconnect(&moc_);
-                chu_.khiTaiHong(ma, tai.interruptReasonString().toStdString());
+                hong(ma, tai);
                 break;
             default:
                 break;
         }
     });
     tai.accept();
+}
+
+void TaiXuongLinux::hong(MaTai ma, const QWebEngineDownloadRequest& tai) {
+    if (dangTai_.erase(ma) > 0) chu_.khiTaiHong(ma, tai.interruptReasonString().toStdString());
 }
 
 }  // namespace tovira

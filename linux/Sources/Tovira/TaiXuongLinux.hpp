@@ -2,6 +2,7 @@
 // Main thread. Hands the engine's downloads to the logic, which alone names their places.
 
 #include <QObject>
+#include <set>
 
 #include "CuaSo.hpp"
 
@@ -20,9 +21,11 @@ class TaiXuongLinux {
   private:
     void khiXin(QWebEngineDownloadRequest& tai);
 
+    void hong(MaTai ma, const QWebEngineDownloadRequest& tai);
+
     CuaSo& chu_;
-    MaTai truoc_ = 0;
-    QObject moc_;  // nothing comes in once this is gone
+    std::set<MaTai> dangTai_;  // by the engine's own numbers
+    QObject moc_;              // nothing comes in once this is gone
 };
 
 }  // namespace tovira
