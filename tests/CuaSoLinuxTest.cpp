@@ -6,6 +6,7 @@
 #include <QAction>
 #include <QFileDialog>
 #include <QLineEdit>
+#include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QMouseEvent>
@@ -16,6 +17,7 @@
 #include "BaoMaMayLinux.hpp"
 #include "HopBaoLinux.hpp"
 #include "gia/DongCoWeb.hpp"
+#include "gia/TienTrinh.hpp"
 
 using namespace tovira;
 using gia::cho;
@@ -85,6 +87,15 @@ TEST_F(CuaSoLinuxThu, veTiepKhiKhongAiThay) {
     xemDoXa("minimised");
     cuaSo.hien();
     xemTroLai("minimised", choCu);
+
+    const auto sangBan = [](const char* so) {
+        return gia::TienTrinh({"xdotool", "set_desktop", so}).doiHet();
+    };
+    ASSERT_EQ(sangBan("1"), 0);
+    xemDoXa("on another desktop");
+    ASSERT_EQ(sangBan("0"), 0);
+    cuaSo.hien();
+    xemTroLai("on another desktop", choCu);
 
     {
         QWidget che;
@@ -172,6 +183,55 @@ TEST_F(CuaSoLinuxThu, menuDenTrang) {
     mucMenu("Thoát Tovira")->trigger();
     mucMenu("Giới thiệu Tovira")->trigger();
     EXPECT_EQ(chon, (std::vector{LenhMenu::thoat, LenhMenu::gioiThieu}));
+}
+
+// On a small screen too the whole window is to be seen. (Run on one of 1280×800 as well.)
+TEST_F(CuaSoLinuxThu, vuaManHinh) {
+    len();
+    ASSERT_TRUE(cho([&] { return cua.isActiveWindow() && thayTrang(); }));
+    const QRect thay = cua.screen()->availableGeometry();
+    EXPECT_TRUE(thay.contains(cua.frameGeometry()))
+        << cua.frameGeometry().top() << " " << cua.frameGeometry().bottom();
+    const QSize nhin = trang.khungNhin().size();
+    EXPECT_EQ(nhin.width(), 1180);
+    EXPECT_TRUE(nhin.height() == 780 || cua.frameGeometry().height() > thay.height() - 40) << nhin.height();
+}
+
+TEST_F(CuaSoLinuxThu, menuChuotPhai) {
+    len();
+    ASSERT_TRUE(cho([&] { return cua.isActiveWindow() && thayTrang(); }));
+    js("document.body.style.margin = '80px 0 0'; 1");
+    const auto bamPhai = [&](QPoint cho) {
+        auto* nhan = trang.khungNhin().focusProxy();
+        for (const auto loai : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease}) {
+            QMouseEvent chuot(loai, QPointF(cho), nhan->mapToGlobal(QPointF(cho)), Qt::RightButton,
+                              loai == QEvent::MouseButtonPress ? Qt::RightButton : Qt::NoButton,
+                              Qt::NoModifier);
+            QApplication::sendEvent(nhan, &chuot);
+        }
+    };
+    const auto menu = [] { return qobject_cast<QMenu*>(QApplication::activePopupWidget()); };
+    const auto cacMuc = [&] {
+        QStringList ra;
+        for (auto* a : menu()->actions())
+            ra << (a->isSeparator() ? QStringLiteral("-") : a->text());
+        return ra.join(u'|').toStdString();
+    };
+    bamPhai(QPoint(30, 90));
+    ASSERT_TRUE(cho([&] { return menu() != nullptr; }));
+    EXPECT_EQ(cacMuc(), "Hoàn tác|Làm lại|-|Cắt|Sao chép|Dán|Chọn tất cả");
+    for (auto* a : menu()->actions())
+        if (a->text() == QStringLiteral("Chọn tất cả")) a->trigger();
+    menu()->close();
+    EXPECT_TRUE(choJs("String(getSelection()) === 'chu trong o'"));
+    ASSERT_TRUE(cho([&] { return menu() == nullptr; }));
+    // Where nothing can be edited and nothing is chosen there is nothing to offer.
+    js("getSelection().removeAllRanges(); document.activeElement.blur(); window.phai = 0; "
+       "addEventListener('contextmenu', function () { phai++; }); 1");
+    bamPhai(QPoint(600, 500));
+    EXPECT_TRUE(choJs("phai === 1"));
+    lang();
+    EXPECT_EQ(menu(), nullptr);
 }
 
 TEST_F(CuaSoLinuxThu, oChonTep) {

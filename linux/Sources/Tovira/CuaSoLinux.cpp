@@ -19,6 +19,8 @@ constexpr int nghiTruocKhiLuu = 300;  // milliseconds a dragged window rests bef
 // Milliseconds after which a window that has gone out of sight means it: managers unmap and map it while they
 // dress it, and what they report of its state may be old.
 constexpr int choKhuat = 120;
+// What a manager's own frame may take around a window; known for sure only once it is there.
+constexpr QSize vienCuaSo(8, 40);
 
 // Qt asks for this before there is anything to minimise when the window has not been shown yet.
 void xinThuNho(const QWidget& cua) {
@@ -72,9 +74,11 @@ void CuaSoLinux::dung(CuaSo& chu) {
 }
 
 void CuaSoLinux::datKhungDau() {
-    resize(static_cast<int>(CuaSo::rongDau),
-           static_cast<int>(CuaSo::caoDau) + menuBar()->sizeHint().height());
-    move(screen()->availableGeometry().center() - rect().center());
+    const QRect thay = screen()->availableGeometry();
+    const QSize muon(static_cast<int>(CuaSo::rongDau),
+                     static_cast<int>(CuaSo::caoDau) + menuBar()->sizeHint().height());
+    resize(muon.boundedTo(thay.size() - vienCuaSo));
+    move(thay.center() - QRect(QPoint(), size() + vienCuaSo).center());
     if (const auto luu = caiDat_.doc(CuaSo::tenLuuKhung)) {
         // Brings a place that no screen shows any more back into sight by itself.
         restoreGeometry(QByteArray::fromBase64(QByteArray::fromStdString(*luu)));

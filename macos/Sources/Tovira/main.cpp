@@ -40,7 +40,6 @@ int chayUngDung(int soThamSo, char** cacThamSo, const std::vector<std::string>& 
     if (!nen) return 1;
     ThamSo thamSoChung = ThamSo::tinh(thamSo, nen->caiDat());
     const ThamSo::DatChung datThamSo(thamSoChung);
-    if (const auto nhac = thamSoChung.nhacDiaChi()) std::fprintf(stderr, "Tovira: %s\n", nhac->c_str());
     DieuKhien dieuKhien(nen->dieuKhien(), nen->vongLap());
     const DieuKhien::DatChung datDieuKhien(dieuKhien);
     ManHinh manHinh(nen->manHinh(), nen->vongLap(), dieuKhien);
@@ -57,6 +56,10 @@ int chayUngDung(int soThamSo, char** cacThamSo, const std::vector<std::string>& 
     Khay khay({nen->khay(), kiemQuyen, [&manHinh] { return manHinh.dangPhat(); }, nen->tuKhoiDong(),
                nen->hopBao(), thamSoChung});
     ChiBao chiBao(nen->chiBao());
+    if (const auto nhac = thamSoChung.nhacDiaChi()) {
+        std::fprintf(stderr, "Tovira: %s\n", nhac->c_str());
+        if (!DongLenh::ngam(thamSo)) cuaSo.baoLoi("Kiểm tra lại địa chỉ máy chủ", *nhac);
+    }
     UngDung ungDung({nen->ungDung(), nen->vongLap(), nen->hopBao(), cuaSo, khay, chiBao, manHinh, dieuKhien});
     return nen->chay(ungDung,
                      DongLenh::ngam(thamSo) ? UngDung::KhoiDong::ngam : UngDung::KhoiDong::hienCuaSo);
