@@ -94,5 +94,5 @@ TEST_F(TuKiemTest, mayHongThiNoiVaKetThucMot) {
     nen = {};
     ::setenv("TMPDIR", (tam / "khong-co").c_str(), 1);
     tong = chay();
-    EXPECT_EQ(tong.hong, 10) << "receiving, and the folder itself\n" << loi;
+    EXPECT_EQ(tong.hong, 12) << "receiving, and the folder itself\n" << loi;
 }
