@@ -19,7 +19,6 @@
 #include "ManHinhLinux.hpp"
 #include "MayChuNhanNen.hpp"
 #include "NoiGiaoDienLinux.hpp"
-#include "PhienLinux.hpp"
 #include "TinHieuLinux.hpp"
 
 namespace tovira {
@@ -141,23 +140,12 @@ NenTangLinux::NenTangLinux(int& soThamSo, char** thamSo, MotBan& motBan)
       dieuKhien_(taoNenDieuKhien(vongLap_, [this](const std::string& lyDo) { noiThieu("Trợ năng", lyDo); })),
       manHinh_(taoNenManHinh([this](const std::string& lyDo) { noiThieu("Ghi màn hình", lyDo); })),
       mayChuNhan_(taoNenMayChuNhan()),
-      xinQuyen_(*dieuKhien_, vongLap_, hopBao_),
+      xinQuyen_(*dieuKhien_),
       tach_(hoSo_),
       trang_(hoSo_, tach_),
       cua_(trang_, caiDat_),
       khay_([this] { return cua_.menuBar(); }),
       ungDung_(vongLap_) {}
-
-bool NenTangLinux::XinQuyen::xinTroNang() {
-    if (dieuKhien.duocPhep()) return true;
-    if (std::exchange(dangBao, true)) return false;
-    // Later: not within the page's call.
-    vongLap.chay([this] {
-        hopBao.canhBao("Không điều khiển được máy này", lyDoKhongDieuKhien());
-        dangBao = false;
-    });
-    return false;
-}
 
 std::string NenTangLinux::thuMucGiaoDien() const {
     return noiGiaoDien();

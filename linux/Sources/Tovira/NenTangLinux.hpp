@@ -49,14 +49,9 @@ class NenTangLinux final : public NenTang {
 
     // X11 has no prompt to ask with: what is allowed is allowed already.
     struct XinQuyen final : Cau::Nen {
-        XinQuyen(DieuKhien::Nen& nen, VongLap& vong, HopBao& hop)
-            : dieuKhien(nen), vongLap(vong), hopBao(hop) {}
-        // Where it is not, the reason is shown.
-        bool xinTroNang() override;
+        explicit XinQuyen(DieuKhien::Nen& nen) : dieuKhien(nen) {}
+        bool xinTroNang() override { return dieuKhien.duocPhep(); }
         DieuKhien::Nen& dieuKhien;
-        VongLap& vongLap;
-        HopBao& hopBao;
-        bool dangBao = false;
     };
 
     // Between the members before it, without which nothing runs, and those after it, which only one program
