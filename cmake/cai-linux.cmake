@@ -20,8 +20,8 @@ cai_icon(64 icon_32x32@2x.png)
 cai_icon(128 icon_128x128.png)
 cai_icon(256 icon_256x256.png)
 cai_icon(512 icon_512x512.png)
-install(FILES ${CMAKE_BINARY_DIR}/copyright DESTINATION ${CMAKE_INSTALL_DOCDIR})
-install(FILES ${CMAKE_BINARY_DIR}/changelog.gz DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(FILES ${CMAKE_BINARY_DIR}/copyright DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/tovira)
+install(FILES ${CMAKE_BINARY_DIR}/changelog.gz DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/tovira)
 
 # Debian wants to know of every file under which licence it is, and what changed.
 file(READ LICENSE giayPhep)
