@@ -15,11 +15,13 @@
 #include <ctime>
 #include <future>
 #include <memory>
+#include <optional>
 #include <random>
 #include <thread>
 #include <vector>
 
 #include "BatBien.hpp"
+#include "CuaSoAnLinux.hpp"
 #include "ManHinhNen.hpp"
 #include "XcbLinux.hpp"
 
@@ -275,10 +277,36 @@ void doDoiNho(CacTranh& tranh) {
 
 }  // namespace
 
+// A window like the control bar, which no picture shows.
+class Thanh {
+  public:
+    Thanh() : x_(moManX()), ma_(xcb_generate_id(x_.c())) {
+        const std::uint32_t giaTri[] = {0xFF3B30, 1};
+        constexpr std::int16_t rong = 380;
+        xcb_create_window(x_.c(), XCB_COPY_FROM_PARENT, ma_, x_.goc(),
+                          static_cast<std::int16_t>(x_.man->width_in_pixels / 2 - rong / 2), 8, rong, 40, 0,
+                          XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
+                          XCB_CW_BACK_PIXEL | XCB_CW_OVERRIDE_REDIRECT, giaTri);
+        an_.emplace(x_.c(), x_.goc(), ma_);
+        xcb_map_window(x_.c(), ma_);
+        PhanXcb<void>(xcb_get_input_focus_reply(x_.c(), xcb_get_input_focus(x_.c()), nullptr));
+    }
+
+  private:
+    ManX x_;
+    xcb_window_t ma_;
+    std::optional<CuaSoAnLinux> an_;
+};
+
 int main() {
     CacTranh tranh;
     const bool dong = doChuyenDong(tranh);
     doDoiNho(tranh);
+    {
+        std::puts("the same with the control bar:");
+        const Thanh thanh;
+        doChuyenDong(tranh);
+    }
     const bool yen = doYen();
     return dong && yen ? 0 : 1;
 }
