@@ -295,7 +295,7 @@ test('downloads: listed newest first with their way to the folder; failures stay
   await lang();
   t.chayHen();
   const con = t.$('noi').con;
-  assert.deepEqual(con.map((c) => c.tim('p')[0].textContent), ['Tải về không xong: mạng đứt']);
+  assert.deepEqual(con.map((c) => c.tim('p')[0].textContent), ['Tải về không thành công: mạng đứt']);
   con[0].tim('button').at(-1).click();
   assert.equal(t.$('noi').con.length, 0);
   for (let i = 0; i < 150; i++) t.cuaSo.__tvDaTai('/tải', `${i}`);
