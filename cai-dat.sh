@@ -1,8 +1,7 @@
 #!/usr/bin/env bash
 # Installs what building and running Tovira needs and this machine does not have yet. Nothing else.
-#   --kiem-thu          also what the tests need          --nha-phat-trien   also what developers and benchmarks need
-#
-#   ./cai-dat.sh [--nha-phat-trien]   with what formatting, linting, fuzzing and the benchmarks need, too
+#   --kiem-thu         also what the tests need
+#   --nha-phat-trien   also what formatting, linting, fuzzing and the benchmarks need
 set -euo pipefail
 
 noi() { printf '• %s\n' "$*"; }
