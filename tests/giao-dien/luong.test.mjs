@@ -36,56 +36,62 @@ function taoLuong(t, soCach = 2) {
   t.mock.method(performance, 'now', () => gio);
   const mo = []; // [way, address, khi]
   const track = { khung: 0, requestFrame() { this.khung += 1; } };
-  const canvas = { width: 1, height: 1, ve: 0, getContext: () => ({ drawImage: () => { canvas.ve += 1; } }), captureStream: () => ({ getVideoTracks: () => [track] }) };
+  const canvas = { width: 1, height: 1, getContext: () => ({ transferFromImageBitmap: () => {} }), captureStream: () => ({ getVideoTracks: () => [track] }) };
   const docCach = Array.from({ length: soCach }, (_, i) => (duong, khi) => {
     const muc = { cach: i, duong, khi, dong: false };
     mo.push(muc);
     return () => { muc.dong = true; };
   });
-  const luong = taoLuongHinh({ khiDoi: () => {}, canvas, docCach });
-  const qua = (ms) => { for (let i = 0; i < ms; i += 50) { gio += 50; t.mock.timers.tick(50); } };
+  const luong = taoLuongHinh({ khiDoi: () => {}, canvas, docCach, chup: async () => ({ close() {} }) });
+  const qua = async (ms) => {
+    for (let i = 0; i < ms; i += 50) {
+      gio += 50;
+      t.mock.timers.tick(50);
+      await null; // a picture that is sent again has been copied
+    }
+  };
   return { luong, mo, track, canvas, qua };
 }
 
-test('a still screen is sent again, ever more seldom, and often again for a newcomer', (t) => {
+test('a still screen is sent again, ever more seldom, and often again for a newcomer', async (t) => {
   const { luong, mo, track, canvas, qua } = taoLuong(t);
   assert.equal(luong.layTrack(), track);
   luong.mo('a');
-  qua(2000);
+  await qua(2000);
   assert.equal(track.khung, 0, 'nothing to send before the first picture');
   mo[0].khi.hinh({}, 640, 480);
   assert.deepEqual([canvas.width, canvas.height, track.khung], [640, 480, 1]);
-  qua(1500);
+  await qua(1500);
   const dau = track.khung;
   assert.ok(dau >= 4, `${dau}`);
-  qua(5000);
+  await qua(5000);
   assert.ok(track.khung - dau >= 4 && track.khung - dau <= 6, `${track.khung - dau}`);
   const truoc = track.khung;
   luong.nguoiMoi();
-  qua(1100);
+  await qua(1100);
   assert.ok(track.khung - truoc >= 3, `${track.khung - truoc}`);
   luong.mo('');
   assert.equal(mo[0].dong, true);
   const cuoi = track.khung;
-  qua(3000);
+  await qua(3000);
   assert.equal(track.khung, cuoi);
 });
 
-test('the other way is tried at once when one gives no picture; a picture that breaks off is read again the same way', (t) => {
+test('the other way is tried at once when one gives no picture; a picture that breaks off is read again the same way', async (t) => {
   const { luong, mo, qua } = taoLuong(t);
   luong.mo('a');
   mo[0].khi.het('loi');
-  qua(50);
+  await qua(50);
   assert.deepEqual(mo.map((m) => m.cach), [0, 1]);
   mo[1].khi.hinh({}, 10, 10);
   assert.equal(luong.coHinh, true);
   mo[1].khi.het('het');
   assert.equal(luong.coHinh, false);
-  qua(1100);
+  await qua(1100);
   assert.deepEqual(mo.map((m) => m.cach), [0, 1, 1]);
   for (let i = 0; i < 4; i++) {
     mo.at(-1).khi.het('loi');
-    qua(1100);
+    await qua(1100);
   }
   assert.equal(luong.hong, true, 'no way works: the controllers are told');
   luong.mo('b');

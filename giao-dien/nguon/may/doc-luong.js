@@ -4,7 +4,7 @@ const CHO_ANH_DAU = 4000; // ms for the first picture before the other way is tr
 const NHIP_ANH = 80; // ms between looks at an image that does not say when it has changed
 
 // Two ways to read the host's stream. Each takes the address and khi: { hinh(source, width, height), het(reason) };
-// hinh may be called with anything that a canvas draws, and every source is used at once. Each answers a function that ends it.
+// hinh takes the picture (an ImageBitmap) over. Each answers a function that ends it.
 
 // By fetch: each picture is decoded off the main thread, and while one is being decoded only the newest is kept.
 export function docBangFetch(duong, khi) {
@@ -32,8 +32,8 @@ export function docBangFetch(duong, khi) {
       try {
         const hinh = await createImageBitmap(new Blob([nay], { type: 'image/jpeg' }));
         clearTimeout(hen);
-        if (!xong) khi.hinh(hinh, hinh.width, hinh.height);
-        hinh.close();
+        if (xong) hinh.close();
+        else khi.hinh(hinh, hinh.width, hinh.height);
       } catch { /* a picture that cannot be read is left out; the next one follows */ }
     }
     dangGiai = false;
@@ -70,11 +70,21 @@ export function docBangAnh(duong, khi) {
   const anh = khung.contentDocument.createElement('img');
   anh.crossOrigin = 'anonymous';
   khung.contentDocument.body.append(anh);
-  const nhip = setInterval(() => {
-    if (anh.naturalWidth > 0) khi.hinh(anh, anh.naturalWidth, anh.naturalHeight);
+  let dangChup = false;
+  let xong = false;
+  const nhip = setInterval(async () => {
+    if (dangChup || !anh.naturalWidth) return;
+    dangChup = true;
+    try {
+      const hinh = await createImageBitmap(anh);
+      if (xong) hinh.close();
+      else khi.hinh(hinh, hinh.width, hinh.height);
+    } catch { /* between two pictures */ }
+    dangChup = false;
   }, NHIP_ANH);
   const hen = setTimeout(() => { if (!anh.naturalWidth) hong('khong-hinh'); }, CHO_ANH_DAU);
   function go() {
+    xong = true;
     clearInterval(nhip);
     clearTimeout(hen);
     anh.onerror = null;
