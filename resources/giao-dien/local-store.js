@@ -2,8 +2,9 @@
 //
 // The packaged interface is served from another port at every start, and localStorage belongs to an origin, port
 // included: on its own it would forget the chosen language each time. Cookies do not tell ports apart, so a value written with
-// QUA_CONG is kept in one as well. Every other program on the loopback address can read such a cookie: only harmless
-// preferences go there, never a code, a password or a path. Without either, values last as long as the page.
+// QUA_CONG is kept in one as well. Every other port of the same host, and a sibling of its name, can read such a cookie and
+// plant one: only harmless preferences go there, never a code, a password, a path or a permission, and only who asks
+// with QUA_CONG is given what a cookie says. Without either, values last as long as the page.
 (function (goc) {
   'use strict';
 
@@ -55,10 +56,10 @@
     };
 
     return Object.freeze({
-      // The value, or macDinh; this page's own last word comes first.
-      doc(ten, macDinh = null) {
+      // The value, or macDinh; this page's own last word comes first, a cookie's last.
+      doc(ten, macDinh = null, pham = CHI_CONG_NAY) {
         if (trongTrang.has(ten)) return trongTrang.get(ten) ?? macDinh;
-        return thu(() => kho.getItem(TIEN_TO + ten)) ?? cookie.doc(ten) ?? macDinh;
+        return thu(() => kho.getItem(TIEN_TO + ten)) ?? (pham === QUA_CONG ? cookie.doc(ten) : null) ?? macDinh;
       },
       ghi(ten, gia, pham = CHI_CONG_NAY) {
         trongTrang.set(ten, String(gia));

@@ -90,10 +90,20 @@ test('settings outlive the page; those marked so outlive a change of port, and n
   const lai = TvKho.tao(cong1);
   assert.deepEqual([lai.doc('ngonNgu'), lai.doc('bi.mat'), lai.doc('khong', 'x')], ['ja', 'a; b=c', 'x']);
   const congKhac = TvKho.tao({ localStorage: taoNho(), document: hop });
-  assert.deepEqual([congKhac.doc('ngonNgu'), congKhac.doc('bi.mat')], ['ja', null]);
+  assert.deepEqual([congKhac.doc('ngonNgu', null, TvKho.QUA_CONG), congKhac.doc('bi.mat', null, TvKho.QUA_CONG)], ['ja', null]);
   lai.xoa('ngonNgu');
   assert.equal(lai.doc('ngonNgu', 'vi'), 'vi');
-  assert.equal(TvKho.tao(cong1).doc('ngonNgu'), null);
+  assert.equal(TvKho.tao(cong1).doc('ngonNgu', null, TvKho.QUA_CONG), null);
+});
+
+test('a cookie that another port planted is believed for the marked names only, and never over a value of this origin', () => {
+  const hop = taoHop();
+  for (const ten of ['choDieuKhien', 'hoiTruoc', 'the', 'matKhauLau', 'ngonNgu']) hop.cookie = `tv_${ten}=gai; path=/; max-age=9; samesite=strict`;
+  const kho = TvKho.tao({ localStorage: taoNho(), document: hop });
+  for (const ten of ['choDieuKhien', 'hoiTruoc', 'the', 'matKhauLau', 'ngonNgu']) assert.equal(kho.doc(ten, 'rieng'), 'rieng', ten);
+  assert.equal(kho.doc('ngonNgu', 'rieng', TvKho.QUA_CONG), 'gai');
+  kho.ghi('ngonNgu', 'vi', TvKho.QUA_CONG);
+  assert.equal(TvKho.tao({ localStorage: taoNho(), document: hop }).doc('ngonNgu', null, TvKho.QUA_CONG), 'vi');
 });
 
 test('without storage, with a full one and without cookies values last as long as the page', () => {

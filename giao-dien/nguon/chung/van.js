@@ -34,7 +34,7 @@ export function taoVan({ kho, tv, khiDoi }) {
     async khoiDong(baoTin) {
       dienChon($('ngon-ngu'), Object.entries(TvNgonNgu.TEN));
       khi('ngon-ngu', () => van.doi($('ngon-ngu').value, baoTin), 'change');
-      const daChon = kho.doc('ngonNgu');
+      const daChon = kho.doc('ngonNgu', null, TvKho.QUA_CONG);
       const macDinh = tv ? TvNgonNgu.MAC_DINH : TvNgonNgu.chonMa(navigator.languages);
       await ngonNgu.nap(TvNgonNgu.coMa(daChon) ? daChon : macDinh);
       ve();

@@ -100,7 +100,7 @@ export function taoThanh({ chu, kho, xem, mac, hen, khiChonMan, khiNet, khiHet, 
   function moBanPhim(mo) {
     banPhimMo = mo;
     $('k-ban-phim').setAttribute('aria-pressed', String(mo));
-    hienHang(mo || kho.doc('hienHang') === '1');
+    hienHang(mo || kho.doc('hienHang', null, TvKho.QUA_CONG) === '1');
     xem.moBanPhim(mo);
   }
 
@@ -152,7 +152,7 @@ export function taoThanh({ chu, kho, xem, mac, hen, khiChonMan, khiNet, khiHet, 
   }
 
   function veChu() {
-    const net = $('k-net').value || kho.doc('netXem') || '0';
+    const net = $('k-net').value || kho.doc('netXem', null, TvKho.QUA_CONG) || '0';
     dienChon($('k-net'), [[0, chu('xem.netTuDong')], ...CAC_NET.map((cao) => [cao, chu('man.netMuc', { cao })])]);
     $('k-net').value = net;
     veMan = '';
@@ -206,7 +206,7 @@ export function taoThanh({ chu, kho, xem, mac, hen, khiChonMan, khiNet, khiHet, 
     });
     khi('k-o', (e) => { if (e.target === $('k-o') || e.target === $('k-hinh')) dongBang(); }, 'pointerdown');
     khi('k-go', veDinh, 'input');
-    $('k-dao').checked = kho.doc('daoCmd') === '1';
+    $('k-dao').checked = kho.doc('daoCmd', null, TvKho.QUA_CONG) === '1';
     $('k-to-hop').replaceChildren(...TO_HOP.map((th) => taoNut(th.ten, () => bamToHop(th))));
     taoHang();
   }
@@ -220,7 +220,7 @@ export function taoThanh({ chu, kho, xem, mac, hen, khiChonMan, khiNet, khiHet, 
     batDau() {
       $('k-ban-phim').hidden = !coCham();
       $('k-day').hidden = !(goc.requestFullscreen || goc.webkitRequestFullscreen) || !(document.fullscreenEnabled ?? document.webkitFullscreenEnabled);
-      hienHang(kho.doc('hienHang') === '1');
+      hienHang(kho.doc('hienHang', null, TvKho.QUA_CONG) === '1');
       hienThanh(true);
       veChe();
       if (coCham()) tuCat();

@@ -79,9 +79,9 @@ export function taoManHinh({ tv, van, kho, ve, chia, soNguoi }) {
 
   function docThietLap() {
     dienNet(String);
-    const cao = Number(kho.doc('doNet'));
+    const cao = Number(kho.doc('doNet', null, TvKho.QUA_CONG));
     $('chon-net').value = String(CAC_NET.includes(cao) ? cao : NET_MAC_DINH);
-    $('hien-hinh').checked = kho.doc('hienHinh', '1') !== '0';
+    $('hien-hinh').checked = kho.doc('hienHinh', '1', TvKho.QUA_CONG) !== '0';
   }
 
   function noiNut() {
