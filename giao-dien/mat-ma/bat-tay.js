@@ -43,6 +43,7 @@ export function taoBatTayKhach({
   const khung = taoKhung({ vai: 'khach', vanTay, gui, khi, dongHo, khiHet: () => { matKhau = null; } });
   const n = ngauNhien(DAI_NGAU);
   let sid, phan;
+  let daGuiThe = false;
   const khoa = ['khoa', ({ giay }) => khung.ket('khoa', giay)];
 
   async function nhanMuoi({ n: nMay, muoi: cacMuoi }) {
@@ -73,6 +74,7 @@ export function taoBatTayKhach({
       if (i >= cac.length || !soBang(t, cac[i].theKia)) return khung.ket('hong', 'the');
       khung.thanhCong(cac[i].isk, i, vt);
     }], ['sai', ({ con }) => khung.ket('sai', con)], khoa);
+    daGuiThe = true;
     khung.guiThu({ b: 5, t: cac.map((c) => c.theTa) });
   }
 
@@ -81,6 +83,8 @@ export function taoBatTayKhach({
       khung.doi([2, nhanMuoi], khoa);
       khung.guiThu({ b: 1, n });
     },
+    // Whether our tags have left: from then on whoever plays the host can try its guess, one for each salt.
+    daGuiThe: () => daGuiThe,
   }));
 }
 

@@ -232,12 +232,21 @@ test('fingerprints of descriptions', () => {
   assert.equal(sdpHop(`${a}\n`, VT_MAY.toLowerCase()), false);
 });
 
+test('a controller knows when its tags have left, which is what a guess could be tried against', async () => {
+  for (const [b, mong] of [[2, false], [4, false], [6, true]]) {
+    const giu = (ben, thu) => (thu.b === b ? [] : [[ben === 'may' ? 'khach' : 'may', thu]]);
+    const canh = taoCanh();
+    const { khach, soKhach } = await chayBatTay({ canh, matKhau: canh.matKhau, doi: giu, bamCham: bamNho });
+    assert.deepEqual([khach.daGuiThe(), soKhach], [mong, []], `letter ${b} withheld`);
+  }
+});
+
 test('the calls that the page relies on', () => {
   const canh = taoCanh();
   assert.deepEqual(Object.keys(canh).sort(), ['coLau', 'conLai', 'datLau', 'doiMatKhau', 'khoaCon', 'matKhau', 'sanSang']);
   const may = TvMaHoa.taoBatTayMay({ ...CHUNG, canh, vanTay: VT_MAY, gui() {}, khi: {} });
   const khach = TvMaHoa.taoBatTayKhach({ ...CHUNG, matKhau: '', vanTay: VT_MAY, gui() {}, khi: {} });
   assert.deepEqual(Object.keys(may).sort(), ['daHet', 'daXong', 'dong', 'nhan', 'niem']);
-  assert.deepEqual(Object.keys(khach).sort(), ['batDau', 'daHet', 'daXong', 'dong', 'nhan', 'niem']);
+  assert.deepEqual(Object.keys(khach).sort(), ['batDau', 'daGuiThe', 'daHet', 'daXong', 'dong', 'nhan', 'niem']);
   assert.match(canh.matKhau, /^[2-9a-z]{10}$/);
 });

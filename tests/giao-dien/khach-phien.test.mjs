@@ -14,7 +14,7 @@ function goi({ dapGoi = { ok: true, phien: 'p1', stun: ['stun:x:3478'] }, noiHon
   const nhat = [];
   const hen = new Map();
   let so = 0;
-  const t = { nhat, hen, luc: 0, batTay: null, noi: null };
+  const t = { nhat, hen, luc: 0, batTay: null, noi: null, daGuiThe: false };
   const kenh = () => ({ readyState: 'connecting', bufferedAmount: 0, gui: [], send(x) { this.gui.push(JSON.parse(x)); } });
   t.noiGia = {
     kenh: {}, mieng: [], localDescription: null, connectionState: 'new',
@@ -29,13 +29,13 @@ function goi({ dapGoi = { ok: true, phien: 'p1', stun: ['stun:x:3478'] }, noiHon
   };
   t.phien = taoPhienKhach({
     ma: '123456789', matKhau: 'bí mật', ten: 'An', luc: () => t.luc,
-    kenhHen: { goi: async (ten, du) => { nhat.push(`> ${ten} ${du.tin ?? du.ma ?? du.phien}`); return ten === 'khach:goi' ? dapGoi : { ok: true }; } },
+    kenhHen: { goi: async (ten, du) => { nhat.push(`> ${ten} ${du.tin ?? du.ma ?? du.phien}`); return ten === 'khach:goi' ? dapGoi : t.dapTin ?? { ok: true }; } },
     maHoa: {
       vanTayCuaSdp: (sdp) => `vt(${sdp})`,
       taoBatTayKhach: (canh) => {
         t.canh = canh;
         t.khi = canh.khi;
-        return { batDau: () => canh.gui('b1'), nhan: (tin) => nhat.push(`< ${tin}`), niem(v) { canh.gui(JSON.stringify(v)); return true; }, dong: () => nhat.push('quên') };
+        return { batDau: () => canh.gui('b1'), nhan: (tin) => nhat.push(`< ${tin}`), niem(v) { canh.gui(JSON.stringify(v)); return true; }, daGuiThe: () => t.daGuiThe, dong: () => nhat.push('quên') };
       },
     },
     taoNoi: (cauHinh) => {
@@ -50,6 +50,10 @@ function goi({ dapGoi = { ok: true, phien: 'p1', stun: ['stun:x:3478'] }, noiHon
     },
   });
   t.lay = () => nhat.splice(0);
+  t.tuChoi = (code) => {
+    t.dapTin = { ok: false, code };
+    t.canh.gui('b5');
+  };
   t.hetGio = () => [...hen.values()].forEach((h) => h.f());
   t.mo = async () => {
     await lang();
@@ -138,7 +142,7 @@ test('every way in which a call fails before it is live, told once, everything c
     await viec?.(t);
     await lang();
     for (const [k, v] of Object.entries(mong)) assert.equal(t.het?.[k], v, `${ten}: ${k}`);
-    assert.equal(t.het.daMo, false, ten);
+    assert.deepEqual([t.het.daMo, t.het.daHoi], [false, ten === 'refused by the person' || ten === 'nobody at the machine'], ten);
     const dau = t.lay();
     assert.equal(dau.filter((n) => n === '= het').length, 1, ten);
     if (t.canh) assert.ok(dau.includes('close') && dau.includes('quên'), ten);
@@ -161,7 +165,15 @@ test('a live call: weak and back, lost, ended by either side; the server alone c
   t.luc = 65000;
   t.doiNoi('disconnected');
   t.hetGio();
-  assert.deepEqual(t.het, { ly: 'mat', daMo: true, lau: 65 });
+  assert.deepEqual(t.het, { ly: 'ben-kia', chu: '', daMo: true, daHoi: false, lau: 65 }, 'ended there while nothing could reach us: not to be called again');
+  for (const [lyMayChu, mong] of [['mat-lien-lac', 'mat'], [null, 'mat']]) {
+    const mat = goi();
+    await mat.mo();
+    if (lyMayChu) mat.phien.nhanDong({ phien: 'p1', ly: lyMayChu });
+    mat.doiNoi('disconnected');
+    mat.hetGio();
+    assert.equal(mat.het.ly, mong);
+  }
 
   const hong = goi();
   await hong.mo();
@@ -184,6 +196,40 @@ test('a live call: weak and back, lost, ended by either side; the server alone c
   await an.mo();
   an.phien.dong('dong-trang');
   assert.equal(an.het.ly, 'toi', 'a page that goes has no time to wait');
+});
+
+test('a host that falls silent between our tags and its own has had its guess: no end of such a call brings it back', async () => {
+  const cach = {
+    'no letter': (t) => t.hetGio(),
+    'gone from the server': (t) => t.phien.nhanDong({ phien: 'p1', ly: 'mat-lien-lac' }),
+    'a minute': (t) => t.khi.hong('het-gio'),
+    'our letter refused': (t) => t.tuChoi('qua_nhieu'),
+    'the server lost': (t) => t.tuChoi('khong_tra_loi'),
+  };
+  for (const [ten, viec] of Object.entries(cach)) {
+    for (const daGuiThe of [false, true]) {
+      const t = goi();
+      await lang();
+      Object.assign(t, { daGuiThe });
+      await viec(t);
+      await lang();
+      assert.equal(t.het.ly === 'gia', daGuiThe, `${ten}: ${t.het.ly}`);
+      assert.equal(sauKhiHet(t.het, true, 0) === null, daGuiThe, ten);
+    }
+  }
+  const dung = goi();
+  await lang();
+  dung.daGuiThe = true;
+  dung.khi.xong({});
+  dung.hetGio();
+  assert.equal(dung.het.ly, 'im', 'the host has proved itself: nothing to guess');
+});
+
+test('their person is not asked over and over', () => {
+  for (const [ly, daMo, lan, mong] of [
+    ['khong-duong', false, 0, 10000], ['khong-duong', false, 1, null], ['khong-duong', true, 1, null],
+    ['im', true, 0, null], ['mat', true, 0, 1000], ['mat', true, 1, null],
+  ]) assert.equal(sauKhiHet({ ly, daHoi: true }, daMo, lan), mong, `${ly} ${daMo} ${lan}`);
 });
 
 test('what is tried again by itself, and when', () => {

@@ -1,5 +1,5 @@
-// Text clipboards, both ways. Where the engine gives them to the page they follow each other; everywhere else the panel's
-// field is the way between, and typing the text out works even where the host keeps its clipboard to itself.
+// Text clipboards, both ways: this one's goes there when it is pasted there, the host's comes when its person sends it, as its
+// engine shows the clipboard to nobody else. Where this engine withholds its own the panel's field is the way between; typing the text out works even where the host keeps its clipboard to itself.
 import { $, khi } from '../chung/trang.js';
 
 const TOI_DA = 1048576; // bytes
@@ -72,7 +72,7 @@ export function taoBangTam({ chu, baoTin, guiTin, goChu, hen }) {
       ve();
     },
     nhan(van) {
-      if (quaDai(van)) return;
+      if (!coMay || quaDai(van)) return; // a host that has not switched it on has no business with this clipboard
       chung = o.value = van;
       if (coGhi()) navigator.clipboard.writeText(van).catch(() => {}); // not while the page is in the background
     },

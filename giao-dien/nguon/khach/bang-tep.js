@@ -1,8 +1,10 @@
 // The panel for sending files: choosing, dropping, progress, cancelling, and what failed and why.
+import { moHopThoai } from '../chung/hop-thoai.js';
 import { $, khi, taoNut, taoThe } from '../chung/trang.js';
 import { tuDanhSach, tuMuc } from './gui-tep.js';
 
 const TOI_DA_DONG = 60; // rows; what is under way and what failed comes first
+const GHI_TOI_DA = 64 * 1024 * 1024; // bytes that the host writes into a folder; larger files are downloads there
 const MOI = 200; // ms between drawings
 const DON_VI = ['B', 'kB', 'MB', 'GB'];
 const LY = { doi: 'guiTep.lyDoi', doc: 'guiTep.lyDoc', im: 'guiTep.lyIm', kenh: 'guiTep.lyKenh' };
@@ -16,12 +18,29 @@ export function docCo(byte, ngonNgu) {
 
 // ngonNgu(): the code of the page's language; khiMo(): the panel should be seen.
 export function taoBangTep({ chu, ngonNgu, guiTep, baoTin, khiMo, hen }) {
-  let duoc = { duoc: false, ly: '' };
+  let duoc = { duoc: false, ly: '', noi: '' };
+  const dangHoi = new Set(); // questions that are open
   let henVe = 0;
   const co = (byte) => docCo(byte, ngonNgu());
 
-  function them(cac) {
+  // Downloads have no folders: their person is told before anything is sent that a folder will not arrive as one.
+  const matThuMuc = ({ tep, duong }) => duong.includes('/') && (duoc.noi === 'tai' || tep.size > GHI_TOI_DA);
+
+  async function hoiPhang(n) {
+    const hop = moHopThoai({
+      tieuDe: chu('xem.tep'), noiDung: chu('guiTep.phang', { n }), macDinh: false,
+      nut: [[true, chu('bang.guiDi'), 'chinh'], [false, chu('goi.thoi')]],
+    });
+    dangHoi.add(hop);
+    const duocGui = await hop.traLoi;
+    dangHoi.delete(hop);
+    return duocGui;
+  }
+
+  async function them(cac) {
     if (!cac.length) return;
+    const n = cac.filter(matThuMuc).length;
+    if (n && !(await hoiPhang(n))) return;
     guiTep.them(cac);
     khiMo();
   }
@@ -123,8 +142,12 @@ export function taoBangTep({ chu, ngonNgu, guiTep, baoTin, khiMo, hen }) {
   return Object.freeze({
     ve, veSau,
     datTinh(tep) {
-      duoc = { duoc: !!tep?.duoc, ly: String(tep?.ly ?? '') };
+      duoc = { duoc: !!tep?.duoc, ly: String(tep?.ly ?? ''), noi: String(tep?.noi ?? '') };
       ve();
+    },
+    // The call is over: nobody is there to send to.
+    thoiHoi() {
+      for (const hop of dangHoi) hop.thoi();
     },
   });
 }

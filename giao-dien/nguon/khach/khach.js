@@ -163,9 +163,14 @@ export function taoKhach({ chu, kho, io, baoTin, tv, ngonNgu = () => document.do
     phien = cua;
   }
 
-  function taoNoi(cauHinh) {
+  // One certificate for all that a call tries: a host whose person has said yes knows it again by its fingerprint.
+  async function taoNoi(cauHinh) {
     if (!window.RTCPeerConnection) throw new Error('RTCPeerConnection');
-    return new RTCPeerConnection(cauHinh);
+    const cua = goi;
+    try {
+      cua.chungThu ??= await RTCPeerConnection.generateCertificate({ name: 'ECDSA', namedCurve: 'P-256' });
+    } catch { /* each connection then makes its own */ }
+    return new RTCPeerConnection(cua.chungThu ? { ...cauHinh, certificates: [cua.chungThu] } : cauHinh);
   }
 
   function khiTinh(tinh) {
@@ -244,6 +249,7 @@ export function taoKhach({ chu, kho, io, baoTin, tv, ngonNgu = () => document.do
     const { daMo, ma } = goi;
     HEN.huy(henGoi);
     thanh.dung();
+    bangTep.thoiHoi();
     guiTep.hongHet();
     bangTam.xoa();
     xem.datLuong(null);

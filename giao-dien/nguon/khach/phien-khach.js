@@ -3,12 +3,13 @@
 //
 // States, told through khi.tinh(tinh): goi (asking the server), bat-tay (proving the password), cho (the host's person is
 // being asked), noi (finding a way), mo (live), yeu (live, but nothing has come through for a while), het.
-// The end is told once, khi.het({ ly, daMo: it was live, lau: for so many seconds, … }):
+// The end is told once, khi.het({ ly, daMo: it was live, lau: for so many seconds, daHoi: their person was asked, … }):
 //   khong-may-chu, phien-ban, qua-nhieu { cho }, may-chu { ma }   the server is not there, or does not want to
 //   khong-co-may                                            nobody has that code
 //   sai { con }, khoa { giay }                              wrong password with tries left; the host takes no calls
 //   tu-choi, ben-kia { chu }, toi                           their person said no; they ended it; we did
-//   gia { ma }                                              a letter or a description that is not from who knows the password
+//   gia { ma }                                              a letter or a description that is not from who knows the password;
+//                                                           or nothing more once our tags were sent, which one may have guessed at
 //   khong-webrtc { ma }                                     this engine cannot make the connection
 //   im                                                      the host does not answer
 //   khong-duong                                             no direct path between the two networks
@@ -23,9 +24,13 @@ const CHO_DUONG = 25000; // ms to find a way
 const CHO_YEU = 12000; // ms that a live connection may be silent before it counts as gone
 const GUI_CHAM = 32768; // bytes waiting in the input channel: more of it would arrive after the fact
 
+// Ends that could bring the call back by itself. One between our tags and the host's proof must not: a server that plays the
+// host would get a guess at the password with each.
+const CHUA_RO = new Set(['mat', 'im', 'khong-may-chu', 'may-chu', 'qua-nhieu', 'khong-co-may', 'khong-duong']);
+
 const MA_MAY_CHU = { khong_co_may: 'khong-co-may', phien_ban: 'phien-ban', qua_nhieu: 'qua-nhieu', khong_may_chu: 'khong-may-chu', khong_tra_loi: 'khong-may-chu' };
 
-// kenhHen: see chung/kenh-hen.js; maHoa: TvMaHoa; taoNoi(config): an RTCPeerConnection; hen: { dat, huy }; luc(): ms.
+// kenhHen: see chung/kenh-hen.js; maHoa: TvMaHoa; taoNoi(config): a promise of an RTCPeerConnection; hen: { dat, huy }; luc(): ms.
 // khi: tinh, het, luong(stream), chao(state), kenhTep(channel), bang(text), dap(s).
 export function taoPhienKhach({ kenhHen, maHoa, taoNoi, hen, luc, khi, ma, matKhau, ten = '' }) {
   let tinh = 'goi';
@@ -38,6 +43,9 @@ export function taoPhienKhach({ kenhHen, maHoa, taoNoi, hen, luc, khi, ma, matKh
   let dangDong = false; // we have said goodbye: whatever ends it now, it was us
   let henHet = 0;
   let mo = null; // when it went live
+  let daTin = false; // the host has proved that it knows the password
+  let daHoi = false; // the host's person was asked
+  let daKetThuc = false; // the server says that the other side ended it; believed once the connection is gone as well
   const kenh = {};
 
   function doiTinh(moi) {
@@ -67,8 +75,10 @@ export function taoPhienKhach({ kenhHen, maHoa, taoNoi, hen, luc, khi, ma, matKh
     dongNoi();
     if (phien !== null) kenhHen.goi('phien:dong', { phien });
     if (dangDong) ketQua = { ly: 'toi' };
+    else if (batTay?.daGuiThe() && !daTin && CHUA_RO.has(ketQua.ly)) ketQua = { ly: 'gia', ma: ketQua.ly };
     else if (ketQua.ly === 'khong-duong' && daMo) ketQua = { ly: 'mat' };
-    khi.het({ ...ketQua, daMo, lau: daMo ? Math.round((luc() - mo) / 1000) : 0 });
+    if (ketQua.ly === 'mat' && daKetThuc) ketQua = { ly: 'ben-kia', chu: '' };
+    khi.het({ ...ketQua, daMo, daHoi, lau: daMo ? Math.round((luc() - mo) / 1000) : 0 });
   }
 
   async function guiTin(tin) {
@@ -97,7 +107,8 @@ export function taoPhienKhach({ kenhHen, maHoa, taoNoi, hen, luc, khi, ma, matKh
   // accepted, so that until then nobody is told our addresses.
   async function moNoi(iceServers) {
     try {
-      noi = taoNoi({ iceServers, bundlePolicy: 'max-bundle' });
+      noi = await taoNoi({ iceServers, bundlePolicy: 'max-bundle' });
+      if (tinh !== 'bat-tay') return noi.close();
       khiNoi();
       const moTa = await noi.createOffer();
       const vanTay = maHoa.vanTayCuaSdp(moTa.sdp);
@@ -144,6 +155,7 @@ export function taoPhienKhach({ kenhHen, maHoa, taoNoi, hen, luc, khi, ma, matKh
   }
 
   function batTayXong() {
+    daTin = true;
     if (ten) niem({ ten });
     henGio(CHO_TRA_LOI, 'im');
   }
@@ -154,18 +166,22 @@ export function taoPhienKhach({ kenhHen, maHoa, taoNoi, hen, luc, khi, ma, matKh
     else het({ ly: 'gia' }); // the controller speaks first
   }
 
-  // The server's word alone does not end a live connection, which it is no part of; it is a reason to look.
+  // The server's word alone does not end a live connection, which it is no part of; it is a reason to look, and where the
+  // connection is gone too, a reason not to call again: their person may have ended it while nothing could reach us.
   function nhanDong({ phien: cua, ly }) {
     if (cua !== phien || tinh === 'het') return;
     phien = null;
-    if (mo !== null) khi.nghiNgo?.();
-    else het({ ly: ly === 'ben-kia' ? 'ben-kia' : 'mat', chu: '' });
+    if (mo !== null) {
+      daKetThuc = ly === 'ben-kia';
+      khi.nghiNgo?.();
+    } else het({ ly: ly === 'ben-kia' ? 'ben-kia' : 'mat', chu: '' });
   }
 
   // A letter from who has proved to know the password.
   function nhanThu(thu) {
     if (tinh === 'het' || !thu || typeof thu !== 'object') return;
     if (thu.cho) {
+      daHoi = true;
       doiTinh('cho');
       henGio(CHO_NGUOI, 'im');
     } else if (thu.nhan) guiMoi();
