@@ -106,6 +106,11 @@ export function taoCanhMatKhau({ dongHo = () => goc.performance.now(), lau = nul
     get conLai() { return SAI_TOI_DA - sai; },
     khoaCon,
     doiMatKhau: doi,
+    // This person sent everybody away: nobody comes back by themselves, by whichever password. Tells khiDoi, not khiKhoa.
+    khoaNgay() {
+      hanKhoa = dongHo() + KHOA_GIAY * 1000;
+      doi();
+    },
     // Whether there is one now: what is stored may be unreadable.
     datLau(lauMoi) {
       luu = docLuu(lauMoi);

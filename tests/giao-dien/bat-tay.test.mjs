@@ -107,6 +107,23 @@ test('five wrong ones over all callers, though right ones come between, lock for
   assert.equal((await chayBatTay({ canh, matKhau: canh.matKhau, bamCham: bamNho })).soKhach[0][0], 'xong');
 });
 
+test('locked by this person: no password lets anybody in for a minute, and this opening\'s is another afterwards', async () => {
+  const dongHo = taoDongHo();
+  const nghe = [];
+  const canh = taoCanh({ dongHo, lau, khiDoi: (m) => nghe.push(m), khiKhoa: (giay) => nghe.push(giay) });
+  const cu = canh.matKhau;
+  const dangDo = new KhachThuHai(canh, PRS(LAU));
+  await dangDo.chao();
+  canh.khoaNgay();
+  assert.deepEqual([nghe, dangDo.soMay, canh.conLai], [[canh.matKhau], [['khoa', 60]], 5]);
+  for (const matKhau of [canh.matKhau, LAU]) {
+    assert.deepEqual((await chayBatTay({ canh, matKhau, bamCham: bamNho })).soKhach, [['khoa', 60]]);
+  }
+  dongHo.nay += 60_000;
+  assert.deepEqual((await chayBatTay({ canh, matKhau: cu, bamCham: bamNho })).soKhach, [['sai', 4]]);
+  assert.equal((await chayBatTay({ canh, matKhau: LAU, bamCham: bamNho })).soKhach[0][0], 'xong');
+});
+
 test('another password, a lasting one set or removed: handshakes under way end, sessions stay', async () => {
   const canh = taoCanh();
   const cu = canh.matKhau;
@@ -243,7 +260,7 @@ test('a controller knows when its tags have left, which is what a guess could be
 
 test('the calls that the page relies on', () => {
   const canh = taoCanh();
-  assert.deepEqual(Object.keys(canh).sort(), ['coLau', 'conLai', 'datLau', 'doiMatKhau', 'khoaCon', 'matKhau', 'sanSang']);
+  assert.deepEqual(Object.keys(canh).sort(), ['coLau', 'conLai', 'datLau', 'doiMatKhau', 'khoaCon', 'khoaNgay', 'matKhau', 'sanSang']);
   const may = TvMaHoa.taoBatTayMay({ ...CHUNG, canh, vanTay: VT_MAY, gui() {}, khi: {} });
   const khach = TvMaHoa.taoBatTayKhach({ ...CHUNG, matKhau: '', vanTay: VT_MAY, gui() {}, khi: {} });
   assert.deepEqual(Object.keys(may).sort(), ['daHet', 'daXong', 'dong', 'nhan', 'niem']);

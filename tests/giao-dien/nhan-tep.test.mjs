@@ -101,6 +101,26 @@ test('taken back by either side, at any moment', async () => {
   assert.deepEqual([t.lay(), t.kho], [[], []]);
 });
 
+test('switched off: what was announced before is not taken either, what is being written stays', async () => {
+  let ly = '';
+  let ghiXong;
+  const t = tao({ duoc: () => ly, ghi: () => new Promise((xong) => { ghiXong = () => xong(''); }) });
+  for (const id of [1, 2, 3]) t.noi({ l: 'tep', id, duong: `t${id}`, co: 0 });
+  await t.xong(1);
+  ly = 'nhanTep.tat';
+  t.nhan.theo();
+  ghiXong();
+  await lang();
+  assert.deepEqual(t.lay(), [{ l: 'gui', id: 1 }, { l: 'hong', id: 2, ly }, { l: 'hong', id: 3, ly }, { l: 'roi', id: 1, noi: 'thu-muc' }]);
+  assert.equal(t.nhan.dangNhan, null);
+  ly = '';
+  t.noi({ l: 'tep', id: 4, duong: 'a', co: 0 });
+  t.noi({ l: 'tep', id: 5, duong: 'b', co: 0 });
+  ly = 'nhanTep.tat';
+  t.noi({ l: 'huy', id: 4 }); // without a word of the page
+  assert.deepEqual(t.lay(), [{ l: 'gui', id: 4 }, { l: 'hong', id: 5, ly }]);
+});
+
 test('paths that the endpoint would refuse, and messages that are none', () => {
   const t = tao();
   for (const duong of ['', '/a', '~a', 'a/../b', '.', 'a/./b', '//', 'x'.repeat(1024), 'a\0b', 7]) {
@@ -111,6 +131,8 @@ test('paths that the endpoint would refuse, and messages that are none', () => {
   assert.deepEqual(t.lay(), [{ l: 'hong', id: 1, ly: 'nhanTep.duong' }]);
   for (const tin of ['{', 'null', '[]', '{"l":"constructor"}', '{"l":"tep","id":-1,"duong":"a","co":1}', '{"l":"tep","id":1,"duong":"a","co":1.5}', new ArrayBuffer(2)]) t.nhan.nhan(tin);
   assert.deepEqual(t.lay(), []);
+  t.noi({ l: 'tep', id: 1, duong: 'a', co: 4 * 1024 ** 3 + 1 });
+  assert.deepEqual(t.lay(), [{ l: 'hong', id: 1, ly: 'nhanTep.lon' }]);
   const tat = tao({ duoc: () => 'nhanTep.tat' });
   tat.noi({ l: 'tep', id: 1, duong: 'a', co: 1 });
   assert.deepEqual(tat.lay(), [{ l: 'hong', id: 1, ly: 'nhanTep.tat' }]);

@@ -9,7 +9,7 @@ import { taoPhimGiu } from '../../giao-dien/nguon/may/phim-giu.js';
 import { taoTraLoi } from '../../giao-dien/nguon/may/tra-loi.js';
 import { KetNoiGia, dua, lang, taoCam, taoHen, taoMaHoaGia } from './vai-may.mjs';
 
-function taoPhien({ canHoi = false, traLoi = Promise.resolve(true) } = {}) {
+function taoPhien({ canHoi = false, chan = '', traLoi = Promise.resolve(true) } = {}) {
   const maHoa = taoMaHoaGia();
   const hen = taoHen();
   const t = { maHoa, hen, het: [], thoi: 0, dong: 0 };
@@ -17,8 +17,8 @@ function taoPhien({ canHoi = false, traLoi = Promise.resolve(true) } = {}) {
     phien: 'p', ma: '123456789', stun: ['a:1'], canh: {}, track: 'track',
     moi: { taoKetNoi: (c) => { t.pc = new KetNoiGia(c); return t.pc; }, maHoa, hen },
     gui: () => {}, dong: () => { t.dong += 1; },
-    hoi: { can: () => canHoi, nguoi: (ai) => { t.hoi = ai; return { traLoi, thoi: () => { t.thoi += 1; } }; } },
-    khi: { doi: () => {}, mo: () => {}, nghe: (ten, du) => { t.nghe = [ten, du]; }, het: (ly, truoc) => t.het.push([ly, truoc]) },
+    hoi: { chan: () => chan, can: () => canHoi, nguoi: (ai) => { t.hoi = ai; return { traLoi, thoi: () => { t.thoi += 1; } }; } },
+    khi: { doi: () => {}, mo: () => {}, yeu: () => { t.yeu = (t.yeu ?? 0) + 1; }, nghe: (ten, du) => { t.nghe = [ten, du]; }, het: (ly, truoc) => t.het.push([ly, truoc]) },
   });
   return t;
 }
@@ -46,6 +46,7 @@ test('a session from the first letter to the goodbye', async () => {
   t.pc.kenh.tin.mo();
   t.phien.ket('nguoi');
   assert.deepEqual(t.pc.kenh.tin.cac, [{ l: 'het', ly: 'nguoi' }]);
+  assert.deepEqual(t.maHoa.bt.thu.at(-1), { het: 'nguoi' }, 'by the server too: the direct path may be down');
   assert.deepEqual([t.het, t.dong, t.pc.track, t.pc.connectionState], [[['nguoi', 'noi']], 1, null, 'connected']);
   t.hen.chay(1000);
   assert.equal(t.pc.connectionState, 'closed');
@@ -76,6 +77,16 @@ test('nothing is connected before this person has said yes, and no answer is a n
   assert.deepEqual([som.phien.tinh, som.pc.remoteDescription], ['het', undefined]);
 });
 
+test('who may not come in is told so and sees nothing, though the password was right', async () => {
+  for (const [chan, thu] of [['tu-choi', [{ tuChoi: true }, { het: 'tu-choi' }]], ['ban', [{ het: 'ban' }]]]) {
+    const t = taoPhien({ chan });
+    await lang();
+    t.maHoa.bt.dat.khi.xong({ viTri: 1 });
+    await lang();
+    assert.deepEqual([t.maHoa.bt.thu, t.het], [thu, [[chan, 'bat-tay']]]);
+  }
+});
+
 test('every way a session ends by itself', async () => {
   const cac = [
     ['het-gio', async (t) => t.hen.chay(60000)],
@@ -100,6 +111,7 @@ test('every way a session ends by itself', async () => {
   const t = taoPhien();
   await dua(t.maHoa, t.pc);
   t.pc.thanh('disconnected');
+  assert.equal(t.yeu, 1, 'told at once: what it holds down is let go');
   t.hen.chay(11000);
   t.pc.thanh('connected');
   t.hen.chay(60000);
@@ -138,7 +150,7 @@ test('what a session holds down is let go when it ends, unless another holds it 
 });
 
 function taoPhongThu() {
-  const t = { nhat: [], bat: { choDieuKhien: true, hoiTruoc: false, bang: false }, pcs: [], ra: [], mo: [], hen: taoHen(), maHoas: [] };
+  const t = { nhat: [], bat: { choDieuKhien: true, hoiTruoc: false, bang: false }, pcs: [], ra: [], mo: [], hen: taoHen(), maHoas: [], canh: [] };
   t.tv = {
     manHinh: { duongDan: '', loi: '' }, dsManHinh: [{ chiSo: 0, ten: 'A', rong: 10, cao: 10, chinh: true }, { chiSo: 1, ten: 'B', rong: 10, cao: 10, chinh: false }],
     troNangDaBat: () => true, manHinhDangPhat: () => !!t.tv.dangPhat, guiLenh: (j) => t.nhat.push(['lenh', j]),
@@ -149,15 +161,16 @@ function taoPhongThu() {
   t.chia = taoChia(t.tv, () => t.phong?.theo());
   const maHoa = { vanTayCuaSdp: (s) => s, taoBatTayMay(dat) { const m = taoMaHoaGia(); t.maHoas.push(m); return m.taoBatTayMay(dat); } };
   t.phong = taoPhong({
-    tv: t.tv, chia: t.chia, luong: { layTrack: () => 'track', mo: (d) => t.mo.push(d), nguoiMoi() {} }, tuyChon: { doc: (ten) => t.bat[ten] }, canh: {},
-    luuTep: { duoc: () => '', thuMuc: () => false }, moi: { taoKetNoi: (c) => { t.pcs.push(new KetNoiGia(c)); return t.pcs.at(-1); }, maHoa, hen: t.hen },
-    kenh: { goi: async (ten, du) => { t.nhat.push([ten, du.phien]); return { ok: true }; } }, traLoi: () => ({ ma: '1', stun: [] }), hoiNguoi: () => {},
+    tv: t.tv, chia: t.chia, luong: { layTrack: () => 'track', mo: (d) => t.mo.push(d), nguoiMoi() {} }, tuyChon: { doc: (ten) => t.bat[ten] },
+    canh: { coLau: true, khoaNgay: () => t.canh.push('khoa'), doiMatKhau: () => t.canh.push('doi') },
+    luuTep: { duoc: () => (t.bat.nhanTep === false ? 'nhanTep.tat' : ''), thuMuc: () => false }, moi: { taoKetNoi: (c) => { t.pcs.push(new KetNoiGia(c)); return t.pcs.at(-1); }, maHoa, hen: t.hen },
+    kenh: { goi: async (ten, du) => { t.nhat.push([ten, du.phien, du.tin]); return { ok: true }; } }, traLoi: () => ({ ma: '1', stun: [] }), hoiNguoi: () => {},
     caoToiDa: () => 1440, soMan: () => 0, loiHinh: () => t.tv.manHinh.loi, khi: { doi: () => t.phong?.theo(), vao() {}, ra: (p, ly) => t.ra.push(ly), bang() {} },
   });
-  t.vao = async (so) => {
+  t.vao = async (so, ai) => {
     t.phong.them(so);
     await lang();
-    await dua(t.maHoas.at(-1), t.pcs.at(-1));
+    await dua(t.maHoas.at(-1), t.pcs.at(-1), ai);
     return t.pcs.at(-1);
   };
   return t;
@@ -214,6 +227,7 @@ test('commands pass only while control is allowed; switching it off lets go of w
   await lang();
   t.pcs[0].kenh.lenh.vao('{"t":"mouse_move","x":0,"y":0}'); // not yet proven
   const mot = await t.vao('p1');
+  t.day('http://x', '', true);
   t.nhat.length = 0;
   mot.kenh.lenh.vao('{"t":"key_down","code":"KeyA"}');
   t.bat.choDieuKhien = false;
@@ -228,14 +242,85 @@ test('commands pass only while control is allowed; switching it off lets go of w
   assert.ok(!t.nhat.some(([, j]) => String(j).includes('KeyC')));
 });
 
+test('sent away means away: the passwords change, and the lasting one lets nobody in while pages may still call', async () => {
+  const vaoBang = async (t, viTri) => {
+    await t.vao('lai', { viTri });
+    return t.phong.soNguoi;
+  };
+  const t = taoPhongThu();
+  await t.vao('p1');
+  t.phong.dung();
+  assert.deepEqual([t.canh, t.ra], [['khoa'], ['dung']]);
+  assert.equal(await vaoBang(t, 1), 0);
+  t.hen.chay(600000);
+  assert.equal(await vaoBang(t, 1), 1);
+  t.phong.duoi('lai');
+  assert.deepEqual([t.canh, t.ra.at(-1)], [['khoa', 'doi'], 'nguoi']);
+  assert.equal(await vaoBang(t, 1), 0);
+  const k = taoPhongThu();
+  await k.vao('p1');
+  k.phong.duoi('p1');
+  assert.deepEqual([k.canh, await vaoBang(k, 1)], [['doi'], 1], 'who came by the other password closes only that');
+});
+
+test('no input without a share, and nothing stays held down by a controller that is silent or gone', async () => {
+  const t = taoPhongThu();
+  const mot = await t.vao('p1');
+  const nhan = () => t.nhat.filter(([k]) => k === 'lenh').map(([, j]) => JSON.parse(j).t);
+  const giu = '{"t":"key_down","code":"ShiftLeft"}';
+  t.day('', 'Chưa được cấp quyền Ghi màn hình', false); // the session goes on, no red button stands for it
+  mot.kenh.lenh.vao(giu);
+  assert.deepEqual(nhan(), []);
+  t.day('http://x', '', true);
+  mot.kenh.lenh.vao(giu);
+  for (let i = 0; i < 5; i++) {
+    t.hen.chay(3000);
+    mot.kenh.tin.vao('{"l":"nhip","s":1}');
+  }
+  assert.deepEqual(nhan(), ['key_down'], 'beats say that it is still held');
+  t.hen.chay(4000);
+  assert.deepEqual(nhan(), ['key_down', 'key_up']);
+  mot.kenh.lenh.vao(giu);
+  mot.thanh('disconnected');
+  assert.deepEqual(nhan().slice(2), ['key_down', 'key_up'], 'at once');
+  mot.thanh('connected');
+  mot.kenh.lenh.vao(giu);
+  t.day('', 'hỏng', false);
+  assert.deepEqual(nhan().slice(4), ['key_down', 'key_up'], 'the share is over');
+});
+
+test('who may only look may not change the display, and files end with their switch', async () => {
+  const t = taoPhongThu();
+  const mot = await t.vao('p1');
+  t.day('http://x', '', true);
+  mot.kenh.tep.vao('{"l":"tep","id":1,"duong":"a","co":9}');
+  mot.kenh.tep.vao('{"l":"tep","id":2,"duong":".bashrc","co":9}');
+  Object.assign(t.bat, { choDieuKhien: false, nhanTep: false });
+  t.nhat.length = 0;
+  t.phong.theo();
+  mot.kenh.tin.vao('{"l":"chon","chiSo":1}');
+  assert.ok(!t.nhat.some(([k]) => k === 'bat'));
+  assert.deepEqual(mot.kenh.tep.cac.slice(1).sort((a, b) => a.id - b.id), [1, 2].map((id) => ({ l: 'hong', id, ly: 'nhanTep.tat' })));
+});
+
 test('callers beyond what this machine takes are turned away; without the server only live sessions stay', async () => {
   const t = taoPhongThu();
   await t.vao('noi');
-  for (let i = 0; i < 8; i++) t.phong.them(`c${i}`);
-  assert.equal(t.phong.cac.length, 6);
-  assert.deepEqual(t.nhat.filter(([k]) => k === 'phien:dong').map(([, p]) => p), ['c5', 'c6', 'c7']);
+  for (let i = 0; i < 18; i++) t.phong.them(`c${i}`);
+  assert.equal(t.phong.cac.length, 17);
+  const dong = () => t.nhat.filter(([k]) => k === 'phien:dong').map(([, p]) => p);
+  assert.deepEqual([dong(), t.nhat.find(([k]) => k === 'phien:tin')], [['c16', 'c17'], ['phien:tin', 'c16', '{"b":"khoa","giay":5}']]);
+  t.hen.chay(5000);
+  t.phong.them('moi');
+  assert.deepEqual(dong().slice(2), ['c0'], 'a silent caller gives its place to a newcomer');
+  await lang();
+  await dua(t.maHoas.at(-1), t.pcs.at(-1));
+  for (const so of ['h', 'b']) await t.vao(so);
+  assert.equal(t.phong.soNguoi, 4);
+  await t.vao('nam');
+  assert.deepEqual([t.phong.soNguoi, t.ra.at(-1)], [4, 'ban']);
   t.phong.matMayChu();
-  assert.deepEqual(t.phong.cac.map(({ phien }) => phien.phien), ['noi']);
+  assert.deepEqual(t.phong.cac.map(({ phien }) => phien.phien), ['noi', 'moi', 'h', 'b']);
 });
 
 test('answers of the server, and none', async () => {

@@ -25,7 +25,7 @@ export function taoDsNguoi({ tv, van, ve, baoTin, phong, lichSu, guiBang }) {
     if (dang) doan.append(taoThe('p', 'phu duong', van.chu('nguoi.dangNhan', { ten: dang.duong, con: dang.con })));
     const hang = taoThe('div', 'nut-hang');
     if (dang) hang.append(taoNut(van.chu('nguoi.thoiNhan'), () => tep.huy()));
-    const nut = taoNut(van.chu('nguoi.ketThuc'), () => phien.ket('nguoi'), 'do');
+    const nut = taoNut(van.chu('nguoi.ketThuc'), () => phong.duoi(phien.phien), 'do');
     nut.setAttribute('aria-label', van.chu('nguoi.ketThucVoi', { ten: ten(phien) }));
     hang.append(nut);
     li.append(doan, hang);

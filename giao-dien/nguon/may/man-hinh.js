@@ -36,7 +36,7 @@ export function taoManHinh({ tv, van, kho, ve, chia, soNguoi }) {
     van.dat('tinh', khoa[tinh], { ten: chia.tenManHinh(chia.so) || van.chu('man.macDinh') });
     $('tinh').dataset.tinh = tinh === 'mo' || tinh === 'dung' ? 'cho' : tinh;
     $('tinh').hidden = !tv;
-    $('bc-stop').hidden = tinh === 'nghi';
+    $('bc-stop').hidden = tinh === 'nghi' && soNguoi() === 0;
   }
 
   function veHinh() {

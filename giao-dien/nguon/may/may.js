@@ -11,7 +11,7 @@ import { taoLuuTep } from './luu-tep.js';
 import { taoManHinh } from './man-hinh.js';
 import { docLau, taoMatKhauLau } from './mat-khau-lau.js';
 import { taoMayChu } from './may-chu.js';
-import { taoPhong } from './phong.js';
+import { CHAN_LAU, taoPhong } from './phong.js';
 import { taoQuyen } from './quyen.js';
 import { taoTepNhan } from './tep-nhan.js';
 import { taoThietLap } from './thiet-lap.js';
@@ -47,12 +47,20 @@ export function taoMay({ tv, van, kho, ve, baoTin, io, ban }) {
 
   function hoiNguoi({ ten, cach }) {
     window.ipc?.postMessage('hien-cua-so'); // nobody sees a question in a hidden window
-    return moHopThoai({
+    const dangMo = chia.tinh() !== 'nghi' || soNguoi() > 0; // the stop button lies under the question
+    const { traLoi: gia, thoi } = moHopThoai({
       tieuDe: van.chu('hoi.tieuDe', { ten: ten || van.chu('nguoi.voDanh') }),
       noiDung: van.chu(cach === 0 ? 'hoi.lanNay' : 'hoi.lauDai'),
-      nut: [[false, van.chu('hoi.tuChoi')], [true, van.chu('hoi.choVao'), 'chinh']],
+      nut: [[false, van.chu('hoi.tuChoi')], [true, van.chu('hoi.choVao'), 'chinh'], ...(dangMo ? [['dung', van.chu('man.dung'), 'do']] : [])],
       macDinh: false, giay: HOI_GIAY, khiGiay: (n) => van.chu('hoi.con', { n }),
     });
+    return {
+      thoi,
+      traLoi: gia.then((dap) => {
+        if (dap === 'dung') dungHet();
+        return dap === true;
+      }),
+    };
   }
 
   function loiHinh() {
@@ -86,10 +94,12 @@ export function taoMay({ tv, van, kho, ve, baoTin, io, ban }) {
   taoTruyCap({ tv, van, ve, baoTin, canh, traLoi: () => traLoi });
   taoMatKhauLau({ tv, van, kho, ve, baoTin, canh });
 
-  khi('bc-stop', () => {
-    phong?.ketHet('dung');
+  function dungHet() {
+    phong?.dung();
     chia.dung();
-  });
+    if (phong) baoTin('xong', van.chu('roi.khoa', { n: TvMaHoa.KHOA_GIAY, phut: CHAN_LAU / 60000 }));
+  }
+  khi('bc-stop', dungHet);
   ve.them(() => {
     if (tv) van.dat('phien-ban', 'trang.phienBan', { ban: tv.phienBan });
     phong?.theo();

@@ -3,6 +3,7 @@
 const XAC_NHAN = 262144; // bytes between acknowledgements
 const GOM = 4 * 1024 * 1024; // bytes held as pieces before they become a blob
 const CHO_TOI_DA = 10000; // files announced and not yet asked for
+const CO_TOI_DA = 4 * 1024 ** 3; // bytes of one file: what is gathered has to lie somewhere until it is whole
 const GHI_TOI_DA = 64 * 1024 * 1024; // bytes that the receiving endpoint takes
 const DUONG_TOI_DA = 1023; // characters of a path, the endpoint's measure
 
@@ -31,6 +32,8 @@ export function taoNhanTep({ gui, luu, khiDoi = () => {} }) {
 
   function tiep() {
     if (nay !== null || dong) return;
+    const ly = luu.duoc(); // may have been switched off since the announcement
+    if (ly) for (const { id } of hang.splice(0)) tuChoi(id, ly);
     nay = hang.shift() ?? null;
     khiDoi();
     if (nay === null) return;
@@ -48,7 +51,8 @@ export function taoNhanTep({ gui, luu, khiDoi = () => {} }) {
   function nhanTen({ id, duong, co }) {
     if (!soNguyen(id, 1) || id > 0xffffffff || !soNguyen(co, 0)) return;
     if (nay?.id === id || hang.some((t) => t.id === id)) return;
-    const ly = luu.duoc() || (duongHop(duong) ? '' : 'nhanTep.duong') || (hang.length >= CHO_TOI_DA ? 'nhanTep.nhieu' : '');
+    const ly = luu.duoc() || (duongHop(duong) ? '' : 'nhanTep.duong') || (hang.length >= CHO_TOI_DA ? 'nhanTep.nhieu' : '')
+      || (co > CO_TOI_DA ? 'nhanTep.lon' : '');
     if (ly) return tuChoi(id, ly);
     hang.push({ id, duong, co });
     tiep();
@@ -115,6 +119,13 @@ export function taoNhanTep({ gui, luu, khiDoi = () => {} }) {
         vat = JSON.parse(tin);
       } catch { /* not ours */ }
       if (vat && typeof vat === 'object' && Object.prototype.hasOwnProperty.call(VIEC, vat.l)) return VIEC[vat.l](vat);
+    },
+    // After a switch: none is taken any more where none may be. What is all here and being written stays.
+    theo() {
+      const ly = dong ? '' : luu.duoc();
+      if (!ly) return;
+      if (nay && !nay.dangLuu) bo(ly);
+      else if (hang.length) for (const { id } of hang.splice(0)) tuChoi(id, ly);
     },
     // This person stops it: the file under way and all that are announced.
     huy() {

@@ -31,7 +31,7 @@ async function datNguoiGui(sender) {
 
 // moi: { taoKetNoi(configuration), maHoa (TvMaHoa), hen: { dat, huy } }; canh is the guard of the passwords, track the picture.
 // gui(letter) and dong() speak to the server. hoi({ ten, cach }) asks this person, answering a promise of yes or no that
-// `thoiHoi` withdraws. khi: doi() after every change, nghe(channel name, data), mo(channel name), het(reason).
+// `thoiHoi` withdraws; hoi.chan(which password) says why a caller is turned away unasked, or ''. khi: yeu() at an interruption, doi() after every change, nghe(channel name, data), mo(channel name), het(reason).
 export function taoPhienMay({ phien, ma, stun, canh, track, moi, gui, dong, hoi, khi }) {
   const { hen, maHoa } = moi;
   const pc = moi.taoKetNoi({ iceServers: cacMayStun(stun), bundlePolicy: 'max-bundle' });
@@ -67,7 +67,7 @@ export function taoPhienMay({ phien, ma, stun, canh, track, moi, gui, dong, hoi,
     for (const { sender } of pc.getTransceivers()) sender.replaceTrack(null).catch(() => {});
     const chao = kenh.tin.readyState === 'open';
     if (chao) kenh.tin.send(JSON.stringify({ l: 'het', ly }));
-    else batTay?.niem({ het: ly });
+    batTay?.niem({ het: ly }); // by the server too: the direct path may be the one that is down
     batTay?.dong();
     dong();
     hen.dat(() => pc.close(), chao ? CHAO_TU_BIET : 0);
@@ -86,6 +86,11 @@ export function taoPhienMay({ phien, ma, stun, canh, track, moi, gui, dong, hoi,
   async function xinPhep({ viTri }) {
     cach = viTri;
     henGio(0);
+    const chan = hoi.chan(cach);
+    if (chan) {
+      if (chan === 'tu-choi') batTay.niem({ tuChoi: true });
+      return ket(chan);
+    }
     doiTinh('hoi');
     if (hoi.can()) {
       batTay.niem({ cho: true });
@@ -144,7 +149,10 @@ export function taoPhienMay({ phien, ma, stun, canh, track, moi, gui, dong, hoi,
     const noi = pc.connectionState;
     if (tinh === 'het') return;
     if (noi === 'failed' || noi === 'closed') return ket(tinh === 'noi' ? 'mat' : 'khong-noi-duoc');
-    if (noi === 'disconnected') henGio(MAT_TAM, () => ket('mat'));
+    if (noi === 'disconnected') {
+      henGio(MAT_TAM, () => ket('mat'));
+      khi.yeu();
+    }
     if (noi !== 'connected') return;
     henGio(0);
     if (tinh === 'noi') return;

@@ -44,6 +44,7 @@ export function taoPhimGiu(gui) {
       gui(json);
       return true;
     },
+    dangGiu: (phien) => !!giu.get(phien)?.size,
     // Lets go of what this session holds and no other does.
     nha(phien) {
       const cac = giu.get(phien);

@@ -4,7 +4,10 @@ import { taoPhienMay } from './phien-may.js';
 import { taoPhimGiu } from './phim-giu.js';
 
 const TOI_DA = 4; // controllers at once
-const CHO_TOI_DA = 6; // of them and callers that are still proving themselves
+const CHO_TOI_DA = 16; // callers that are still proving themselves
+const NHUONG = 5000; // ms until one of those gives its place to a newcomer; an honest one needs about two seconds
+const GIU_IM = 4000; // ms without a word (beats come every two seconds) until what a controller holds down is let go
+export const CHAN_LAU = 600000; // ms that the lasting password lets nobody in after its user was sent away: longer than a page calls again
 const HET_HAN = 3000; // ms without a share before the sessions take it for stopped; a change of display has such a gap
 const CAO_DAU = 1080; // lines, for a controller that has not said what it can use
 
@@ -19,9 +22,11 @@ export function taoPhong({ tv, chia, luong, tuyChon, canh, luuTep, moi, kenh, tr
   let caoDaXin = 0;
   let henHet = 0;
   let coChia = false; // the share has been seen running since it began
+  let chanLau = 0; // the timer that opens the lasting password again
 
   const daVao = () => [...cac.values()].filter(({ phien }) => phien.tinh === 'noi');
   const duocDieuKhien = () => tuyChon.doc('choDieuKhien');
+  const duocLenh = () => duocDieuKhien() && chia.tinh() === 'chia'; // no input that no red button stands for
 
   // ---- The share ----
   const caoCan = () => Math.min(caoToiDa(), Math.max(...daVao().map(({ tin }) => tin.cao || CAO_DAU)));
@@ -67,7 +72,9 @@ export function taoPhong({ tv, chia, luong, tuyChon, canh, luuTep, moi, kenh, tr
     } else if (!henHet) {
       henHet = moi.hen.dat(() => {
         henHet = 0;
-        if (chia.tinh() === 'nghi' && !tv.manHinh.loi) ketHet('dung');
+        if (chia.tinh() !== 'nghi' || tv.manHinh.loi) return;
+        canh.khoaNgay();
+        ketHet('dung');
       }, HET_HAN);
     }
   }
@@ -83,19 +90,45 @@ export function taoPhong({ tv, chia, luong, tuyChon, canh, luuTep, moi, kenh, tr
     loi: loiHinh(),
   });
 
+  // ---- Who may come ----
+  // Room for one more caller: silent ones do not keep the others out.
+  function choDuoc() {
+    const dangThu = [...cac.values()].filter(({ phien }) => phien.tinh === 'bat-tay');
+    if (dangThu.length < CHO_TOI_DA) return true;
+    const cu = dangThu.find(({ lau }) => lau);
+    cu?.phien.ket('ban');
+    return !!cu;
+  }
+
+  // Why a caller who has proven a password is turned away all the same, or ''.
+  function chan(so, cach) {
+    if (cach === 1 && chanLau) return 'tu-choi';
+    const khac = [...cac].filter(([s, { phien }]) => s !== so && phien.tinh !== 'bat-tay');
+    return khac.length >= TOI_DA ? 'ban' : '';
+  }
+
+  function dongLau() {
+    moi.hen.huy(chanLau);
+    chanLau = moi.hen.dat(() => { chanLau = 0; }, CHAN_LAU);
+  }
+
   // ---- One session ----
   function them(so) {
     if (cac.has(so)) return;
-    if (cac.size >= CHO_TOI_DA || daVao().length >= TOI_DA) return kenh.goi('phien:dong', { phien: so });
+    if (!choDuoc()) {
+      kenh.goi('phien:tin', { phien: so, tin: JSON.stringify({ b: 'khoa', giay: NHUONG / 1000 }) });
+      return kenh.goi('phien:dong', { phien: so });
+    }
     const phien = taoPhienMay({
       phien: so, ma: traLoi().ma, stun: traLoi().stun, canh, track: luong.layTrack(), moi,
       gui: (tin) => kenh.goi('phien:tin', { phien: so, tin }).then((dap) => { if (!dap.ok) khiGuiHong(so); }),
       dong: () => kenh.goi('phien:dong', { phien: so }),
-      hoi: { can: () => tuyChon.doc('hoiTruoc'), nguoi: hoiNguoi },
+      hoi: { chan: (cach) => chan(so, cach), can: () => tuyChon.doc('hoiTruoc'), nguoi: hoiNguoi },
       khi: {
         doi: () => khiDoi(so),
         mo: (ten) => { if (ten === 'tin') cac.get(so)?.tin.khiMo(); },
         nghe: (ten, du) => nghe(so, ten, du),
+        yeu: () => phim.nha(so),
         het: (ly, truoc) => khiHet(so, ly, truoc),
       },
     });
@@ -103,14 +136,16 @@ export function taoPhong({ tv, chia, luong, tuyChon, canh, luuTep, moi, kenh, tr
       gui: (chu) => phien.gui('tin', chu),
       trangThai,
       khi: {
-        chon: (chiSo) => { if (chiSo !== chia.so && chia.danhSach().some((m) => m.chiSo === chiSo)) chia.batDau(chiSo, caoCan()); },
+        chon: (chiSo) => { if (duocDieuKhien() && chiSo !== chia.so && chia.danhSach().some((m) => m.chiSo === chiSo)) chia.batDau(chiSo, caoCan()); },
         cao: xinCao,
         bang: (chu) => { if (tuyChon.doc('bang')) khi.bang(chu, phien); },
         het: () => phien.ket('ben-kia'),
       },
     });
     const tep = taoNhanTep({ gui: (chu) => phien.gui('tep', chu), luu: luuTep, khiDoi: khi.doi });
-    cac.set(so, { phien, tin, tep, daVao: false });
+    const muc = { phien, tin, tep, daVao: false, lau: false, henIm: 0 };
+    muc.henLau = moi.hen.dat(() => { muc.lau = true; }, NHUONG);
+    cac.set(so, muc);
     khi.doi();
   }
 
@@ -135,7 +170,9 @@ export function taoPhong({ tv, chia, luong, tuyChon, canh, luuTep, moi, kenh, tr
     if (!muc) return;
     if (ten === 'tin') muc.tin.nhan(du);
     else if (ten === 'tep') muc.tep.nhan(du);
-    else if (muc.daVao && duocDieuKhien()) phim.nhan(so, du);
+    else if (muc.daVao && duocLenh()) phim.nhan(so, du);
+    moi.hen.huy(muc.henIm);
+    muc.henIm = phim.dangGiu(so) ? moi.hen.dat(() => phim.nha(so), GIU_IM) : 0;
   }
 
   function khiHet(so, ly, truoc) {
@@ -143,6 +180,8 @@ export function taoPhong({ tv, chia, luong, tuyChon, canh, luuTep, moi, kenh, tr
     if (!muc) return;
     cac.delete(so);
     phim.nha(so);
+    moi.hen.huy(muc.henLau);
+    moi.hen.huy(muc.henIm);
     muc.tep.dong();
     if (daVao().length === 0) thoiChia();
     else xinCao();
@@ -154,8 +193,24 @@ export function taoPhong({ tv, chia, luong, tuyChon, canh, luuTep, moi, kenh, tr
     for (const { phien } of [...cac.values()]) phien.ket(ly);
   }
 
+  // This person's stop: everybody goes, and no page calls itself back in.
+  function dung() {
+    canh.khoaNgay();
+    if (canh.coLau) dongLau();
+    ketHet('dung');
+  }
+
+  // The same for one of them.
+  function duoi(so) {
+    const muc = cac.get(so);
+    if (!muc) return;
+    canh.doiMatKhau();
+    if (muc.phien.cach === 1) dongLau();
+    muc.phien.ket('nguoi');
+  }
+
   return {
-    them, ketHet,
+    them, ketHet, dung, duoi,
     nhan: (so, chu) => cac.get(so)?.phien.nhan(chu),
     mayChuDong: (so, ly) => cac.get(so)?.phien.khiMayChuDong(ly),
     get cac() { return [...cac.values()]; },
@@ -170,8 +225,11 @@ export function taoPhong({ tv, chia, luong, tuyChon, canh, luuTep, moi, kenh, tr
     theo() {
       theoChia();
       xinCao();
-      if (!duocDieuKhien()) phim.nhaHet();
-      for (const { tin } of cac.values()) tin.bao();
+      if (!duocLenh()) phim.nhaHet();
+      for (const { tin, tep } of cac.values()) {
+        tin.bao();
+        tep.theo();
+      }
     },
   };
 }
