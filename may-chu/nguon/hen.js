@@ -73,7 +73,8 @@ export class Hen {
     const cuoi = doi.at(-1);
     const tra = typeof cuoi === 'function' ? cuoi : () => {};
     const dap = (kq) => {
-      ben.tuChoi = kq.ok ? 0 : ben.tuChoi + 1;
+      if (kq.ok) ben.tuChoi = 0;
+      else if (kq.code !== 'khong_co_phien') ben.tuChoi += 1; // that one is the other side's doing: it went first
       tra(kq);
       if (ben.tuChoi >= TU_CHOI_LIEN_TIEP) ben.socket.disconnect(true);
     };
@@ -173,8 +174,8 @@ export class Hen {
   }
 
   #dongPhien({ socket }, { phien }, dap) {
-    if (!socket.rooms.has(phong(phien))) return dap(tuChoi('khong_co_phien'));
-    this.#ketThuc(phien, 'ben-kia', socket);
+    // Both may end it at the same time: that it is gone already is what was asked for.
+    if (socket.rooms.has(phong(phien))) this.#ketThuc(phien, 'ben-kia', socket);
     return dap({ ok: true });
   }
 

@@ -349,6 +349,20 @@ test('answers of the server, and none', async () => {
   assert.deepEqual(mat, ['transport close']);
 });
 
+test('cut by the server, the page connects again; closed by itself or lost it leaves that to the library', () => {
+  const hen = taoHen();
+  const thu = (viec) => {
+    const cam = taoCam();
+    viec(cam, taoKenhHen({ io: () => cam, hen }));
+    hen.chay(5000);
+    return cam.lanNoi;
+  };
+  assert.equal(thu((cam) => cam.mat('io server disconnect')), 1);
+  assert.equal(thu((cam) => cam.mat('transport close')), 0);
+  assert.equal(thu((cam) => cam.mat('io client disconnect')), 0);
+  assert.equal(thu((cam, kenh) => { cam.mat('io server disconnect'); kenh.dong(); }), 0);
+});
+
 function taoTraLoiThu({ kho = new Map(), cam = taoCam() } = {}) {
   const t = { kho, cam, hen: taoHen(), khach: [] };
   const kenh = taoKenhHen({ io: () => cam, hen: t.hen });

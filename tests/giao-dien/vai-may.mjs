@@ -32,7 +32,7 @@ export function taoHen() {
 export function taoCam({ noi = true } = {}) {
   const nghe = {};
   const cam = {
-    connected: noi, gui: [],
+    connected: noi, gui: [], lanNoi: 0,
     get volatile() { throw new Error('reading it marks the next packet as one that may be lost'); },
     timeout() { throw new Error('not used'); },
     on(ten, ham) { (nghe[ten] ||= []).push(ham); return cam; },
@@ -40,7 +40,8 @@ export function taoCam({ noi = true } = {}) {
     disconnect() { cam.connected = false; return cam; },
     vao: (ten, du) => (nghe[ten] || []).forEach((ham) => ham(du)),
     noi() { cam.connected = true; cam.vao('connect'); },
-    mat() { cam.connected = false; cam.vao('disconnect', 'transport close'); },
+    connect() { cam.lanNoi += 1; return cam; },
+    mat(ly = 'transport close') { cam.connected = false; cam.vao('disconnect', ly); },
   };
   return cam;
 }

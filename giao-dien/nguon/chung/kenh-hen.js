@@ -7,12 +7,14 @@
 //
 // An answer always comes: when nothing is heard for `choToi` ms, or the connection goes meanwhile, its code is
 // `khong_tra_loi`. What is asked before there is a connection waits for one, and is never sent once it was answered so.
+const LAI = 5000; // ms; the library itself does not come back after the server has cut a connection on purpose
 const KHONG_TRA_LOI = Object.freeze({ ok: false, code: 'khong_tra_loi', error: '' });
 
 export function taoKenhHen({ io, diaChi, hen = { dat: (h, ms) => setTimeout(h, ms), huy: (s) => clearTimeout(s) } }) {
   const khi = { noi: () => {}, mat: () => {} };
   const cho = new Set(); // answers that are still awaited
   const choNoi = []; // what is to be sent when there is a connection
+  let henLai = 0;
   const cam = io(diaChi, { reconnectionDelayMax: 10000 });
   // The substitute of a packaged page never connects but answers everything. It has fewer methods; of the real client's
   // only such are looked at as do nothing by being read (`volatile` would let the next packet be lost).
@@ -25,6 +27,7 @@ export function taoKenhHen({ io, diaChi, hen = { dat: (h, ms) => setTimeout(h, m
   });
   cam.on('disconnect', (ly) => {
     for (const xong of [...cho]) xong(KHONG_TRA_LOI);
+    if (ly === 'io server disconnect') henLai = hen.dat(() => cam.connect(), LAI);
     khi.mat(String(ly));
   });
   cam.on('connect_error', (loi) => khi.mat(String(loi?.message ?? loi)));
@@ -50,6 +53,7 @@ export function taoKenhHen({ io, diaChi, hen = { dat: (h, ms) => setTimeout(h, m
       });
     },
     dong() {
+      hen.huy(henLai);
       for (const xong of [...cho]) xong(KHONG_TRA_LOI);
       cam.disconnect();
     },
