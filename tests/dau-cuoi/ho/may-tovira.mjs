@@ -1,24 +1,29 @@
-// The host: Tovira itself on the virtual display, its page reachable through the web engine's own debugging port.
+// Tovira itself on the virtual display, its page reachable through the web engine's own debugging port.
 import { mkdir } from 'node:fs/promises';
 import { join } from 'node:path';
+import { fileURLToPath } from 'node:url';
 import { can, cho, ChuongTrinh, congRanh, diaChi } from './the-gioi.mjs';
 
 const WebSocket = can('ws');
+const VOI_MAN_HINH = fileURLToPath(new URL('../../voi-man-hinh.sh', import.meta.url));
 
 export class MayTovira {
-  static async mo({ chuongTrinh, goc, nha, doiSo = [] }) {
+  // `ben` is the machine that it runs on: the host has this test's display, another one its own. `gocTrang` is where its page
+  // is to come from: not the server where nothing answers.
+  static async mo({ chuongTrinh, goc, gocTrang = goc, nha, ben = 'may', doiSo = [] }) {
     const may = new MayTovira();
     await mkdir(nha, { recursive: true, mode: 0o700 });
     const cong = await congRanh();
-    const moiTruong = { QTWEBENGINE_REMOTE_DEBUGGING: `${diaChi.may}:${cong}`, XDG_DOWNLOAD_DIR: join(nha, 'tai') };
+    const moiTruong = { QTWEBENGINE_REMOTE_DEBUGGING: `${diaChi[ben]}:${cong}`, XDG_DOWNLOAD_DIR: join(nha, 'tai') };
     for (const bien of ['HOME', 'XDG_CONFIG_HOME', 'XDG_DATA_HOME', 'XDG_CACHE_HOME', 'XDG_RUNTIME_DIR']) moiTruong[bien] = nha;
-    may.ct = new ChuongTrinh('may', chuongTrinh, ['--server', goc, ...doiSo], { moiTruong });
+    const [lenh, ...dau] = ben === 'may' ? [chuongTrinh] : [VOI_MAN_HINH, chuongTrinh];
+    may.ct = new ChuongTrinh(ben, lenh, [...dau, '--server', goc, ...doiSo], { moiTruong });
     try {
       const trang = await cho('Tovira opens its page', async () => {
-        const cac = await (await fetch(`http://${diaChi.may}:${cong}/json`)).json();
-        return cac.find((t) => t.type === 'page' && t.url.startsWith(goc));
+        const cac = await (await fetch(`http://${diaChi[ben]}:${cong}/json`)).json();
+        return cac.find((t) => t.type === 'page' && t.url.startsWith(gocTrang));
       }, 40000);
-      may.day = new WebSocket(trang.webSocketDebuggerUrl.replace(/\/\/[^/]*/, `//${diaChi.may}:${cong}`));
+      may.day = new WebSocket(trang.webSocketDebuggerUrl.replace(/\/\/[^/]*/, `//${diaChi[ben]}:${cong}`));
       await new Promise((duoc, hong) => may.day.once('open', duoc).once('error', hong));
     } catch (e) {
       await may.tat();

@@ -10,6 +10,7 @@ import { diaChi, rieng } from './the-gioi.mjs';
 import { TrinhDuyet } from './trinh-duyet.mjs';
 
 export class San {
+  // trinhDuyet: how the controller's browser is opened; null: without one.
   static async mo({ chuongTrinh, trinhDuyet = {} }) {
     const san = new San();
     san.dong_ = [];
@@ -22,8 +23,10 @@ export class San {
       san.goc = `http://${diaChi.mayChu}:${san.mayChu.cong}`;
       san.may = await MayTovira.mo({ chuongTrinh, goc: san.goc, nha: join(san.tam, 'nha') });
       san.dong_.push(() => san.may.tat());
-      san.khach = await TrinhDuyet.mo({ thuMuc: san.tam, ...trinhDuyet });
-      san.dong_.push(() => san.khach.dong());
+      if (trinhDuyet) {
+        san.khach = await TrinhDuyet.mo({ thuMuc: san.tam, ...trinhDuyet });
+        san.dong_.push(() => san.khach.dong());
+      }
     } catch (loi) {
       await san.dong();
       throw loi;
