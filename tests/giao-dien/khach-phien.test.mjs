@@ -129,6 +129,7 @@ test('every way in which a call fails before it is live, told once, everything c
     ['refused by the person', {}, async (t) => { await daBatTay(t); t.khi.thu({ cho: true }); t.khi.thu({ tuChoi: true }); }, { ly: 'tu-choi' }],
     ['nobody at the machine', {}, async (t) => { await daBatTay(t); t.khi.thu({ cho: true }); t.hetGio(); }, { ly: 'im' }],
     ['ended by the host', {}, async (t) => { await daBatTay(t); t.khi.thu({ het: 'dung' }); }, { ly: 'ben-kia', chu: 'dung' }],
+    ['no path, as the host saw it first', {}, async (t) => { await daBatTay(t); t.khi.thu({ het: 'khong-noi-duoc' }); }, { ly: 'khong-duong' }],
     ['an answer before the offer', {}, async (t) => { await daBatTay(t); t.khi.thu({ sdp: { type: 'answer', sdp: 'x' } }); }, { ly: 'gia' }],
     ['an offer in its place', {}, async (t) => { await daBatTay(t); t.khi.thu({ nhan: true }); await lang(); t.khi.thu({ sdp: { type: 'offer', sdp: 'x' } }); }, { ly: 'gia' }],
     ['an answer that is none', {}, async (t) => { await daBatTay(t); t.khi.thu({ nhan: true }); await lang(); t.khi.thu({ sdp: { type: 'answer', sdp: 'xấu' } }); }, { ly: 'gia' }],
@@ -179,6 +180,12 @@ test('a live call: weak and back, lost, ended by either side; the server alone c
   await hong.mo();
   hong.doiNoi('failed');
   assert.equal(hong.het.ly, 'mat', 'a path that breaks is not a path that never was');
+
+  const som = goi();
+  await som.mo();
+  som.doiNoi('disconnected');
+  som.khi.thu({ het: 'mat' }); // by the server: the host has given the path up first
+  assert.deepEqual([som.het.ly, sauKhiHet(som.het, true, 0)], ['mat', 1000], 'nobody ended it: it is called again');
 
   const kia = goi();
   await kia.mo();
@@ -256,6 +263,7 @@ test('every end has its text, with its numbers', () => {
   assert.match(van({ ly: 'may-chu', ma: 'sai_dang' }), /sai_dang/);
   const cac = ['khong-may-chu', 'khong-co-may', 'phien-ban', 'tu-choi', 'gia', 'im', 'khong-duong', 'mat', 'khong-webrtc', 'toi', 'ben-kia'].map((ly) => van({ ly }));
   assert.equal(new Set(cac).size, cac.length);
+  assert.notEqual(van({ ly: 'ben-kia', chu: 'ban' }), van({ ly: 'ben-kia' }));
   assert.notEqual(van({ ly: 'ben-kia', chu: 'dung' }), van({ ly: 'ben-kia', chu: '<b>' }));
   assert.deepEqual([docGiay(5), docGiay(65), docGiay(3723)], ['0:05', '1:05', '1:02:03']);
 });

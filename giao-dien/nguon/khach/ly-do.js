@@ -21,7 +21,7 @@ const LY = Object.freeze({
 });
 
 // What hosts say when they end a session. Anything else is shown as the plain fact.
-const LY_MAY = Object.freeze({ dung: 'ly.mayDung', thay: 'ly.mayThay', 'dong-trang': 'ly.mayDong', 'mat-khau': 'ly.mayDoiMatKhau' });
+const LY_MAY = Object.freeze({ dung: 'ly.mayDung', thay: 'ly.mayThay', 'dong-trang': 'ly.mayDong', 'mat-khau': 'ly.mayDoiMatKhau', ban: 'ly.mayBan' });
 
 // [key, parameters] for the end of a session.
 export function chuHet(het) {

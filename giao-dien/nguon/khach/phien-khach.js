@@ -28,6 +28,9 @@ const GUI_CHAM = 32768; // bytes waiting in the input channel: more of it would 
 // host would get a guess at the password with each.
 const CHUA_RO = new Set(['mat', 'im', 'khong-may-chu', 'may-chu', 'qua-nhieu', 'khong-co-may', 'khong-duong']);
 
+// What a host says when nobody there has ended the session, but the path to us is gone or never was.
+const LY_DUONG = { __proto__: null, mat: 'mat', 'khong-noi-duoc': 'khong-duong' };
+
 const MA_MAY_CHU = { khong_co_may: 'khong-co-may', phien_ban: 'phien-ban', qua_nhieu: 'qua-nhieu', khong_may_chu: 'khong-may-chu', khong_tra_loi: 'khong-may-chu' };
 
 // kenhHen: see chung/kenh-hen.js; maHoa: TvMaHoa; taoNoi(config): a promise of an RTCPeerConnection; hen: { dat, huy }; luc(): ms.
@@ -186,9 +189,14 @@ export function taoPhienKhach({ kenhHen, maHoa, taoNoi, hen, luc, khi, ma, matKh
       henGio(CHO_NGUOI, 'im');
     } else if (thu.nhan) guiMoi();
     else if (thu.tuChoi) het({ ly: 'tu-choi' });
-    else if ('het' in thu) het({ ly: 'ben-kia', chu: String(thu.het ?? '') });
+    else if ('het' in thu) mayHet(thu.het);
     else if (thu.sdp) nhanMoTa(thu.sdp);
     else if ('ung' in thu) nhanMieng(thu.ung);
+  }
+
+  function mayHet(lyMay) {
+    const chu = String(lyMay ?? '');
+    het(chu in LY_DUONG ? { ly: LY_DUONG[chu] } : { ly: 'ben-kia', chu });
   }
 
   async function guiMoi() {
@@ -260,7 +268,7 @@ export function taoPhienKhach({ kenhHen, maHoa, taoNoi, hen, luc, khi, ma, matKh
     else if (tin.l === 'nhip') guiKenh({ l: 'dap', s: tin.s });
     else if (tin.l === 'dap') khi.dap(tin.s);
     else if (tin.l === 'bang') khi.bang(String(tin.chu ?? ''));
-    else if (tin.l === 'het') het({ ly: 'ben-kia', chu: String(tin.ly ?? '') });
+    else if (tin.l === 'het') mayHet(tin.ly);
   }
 
   function guiKenh(tin) {
