@@ -8,10 +8,10 @@ import { moMayChuXau } from './ho/may-chu-xau.mjs';
 import { OGo, timCacCuaSo, timCuaSo, toNen } from './ho/man-x.mjs';
 import { NguoiDieuKhien } from './ho/nguoi-dieu-khien.mjs';
 import { San } from './ho/san.mjs';
-import { chayXong, cho, diaChi } from './ho/the-gioi.mjs';
+import { chayXong, cho, diaChi, rieng } from './ho/the-gioi.mjs';
 
 const MAN = { rong: 1920, cao: 1080 }; // the virtual display
-let san, nguoi;
+let san, nguoi, maDaDung;
 
 before(async () => {
   san = await San.mo({ chuongTrinh: process.env.TOVIRA_CHUONG_TRINH });
@@ -20,7 +20,8 @@ before(async () => {
 after(() => san?.dong());
 
 async function noiDuoc() {
-  await san.goi(await san.docMa());
+  maDaDung = await san.docMa();
+  await san.goi(maDaDung);
   await nguoi.choHinh();
 }
 
@@ -139,4 +140,28 @@ test('the red button ends it on both sides', async () => {
   await nguoi.choTinHet();
   await san.may.cho('the share has ended', '!tovira.manHinhDangPhat()');
   assert.equal(await nguoi.coHinh(), false);
+});
+
+test('after it the same password opens nothing, nor does the next one for a minute', async () => {
+  for (const ma of [maDaDung, await san.docMa()]) {
+    await san.goi(ma);
+    assert.match(await nguoi.choLoi(), /\d/); // seconds to wait
+    assert.equal(await san.may.hoi('tovira.manHinhDangPhat()'), false);
+  }
+});
+
+test('a link that is down while it is pressed brings nobody back', { skip: rieng ? false : 'host and controller share one network' }, async () => {
+  const noiDay = (huong) => chayXong('mayChu', 'nsenter', '--net=/run/netns/khach', 'ip', 'link', 'set', 'mang', huong);
+  await san.may.hoi('window.trangCu = true; setTimeout(() => location.reload()), 1'); // a new opening is not locked
+  await san.may.cho('the page anew', "!window.trangCu && document.readyState === 'complete'");
+  await noiDuoc();
+  await noiDay('down');
+  await san.may.hoi("document.getElementById('bc-stop').click()");
+  await san.may.cho('the share has ended', '!tovira.manHinhDangPhat()');
+  await san.may.hoi("window.daChia = 0; setInterval(() => { if (tovira.manHinhDangPhat()) window.daChia += 1; }, 100), 1");
+  await san.may.hoi('new Promise((xong) => setTimeout(xong, 1500))'); // the host has said goodbye and closed long since
+  await noiDay('up');
+  await nguoi.choTinHet(60000);
+  assert.equal(await nguoi.coHinh(), false);
+  assert.equal(await san.may.hoi('window.daChia'), 0);
 });

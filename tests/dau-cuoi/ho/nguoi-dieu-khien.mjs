@@ -23,8 +23,8 @@ export class NguoiDieuKhien {
   }
 
   // The notice that a session has ended.
-  choTinHet() {
-    return cho('a notice of the end at the controller', () => this.td.chay(`() => document.querySelector('#noi [role=alert] p')?.textContent || null`));
+  choTinHet(han) {
+    return cho('a notice of the end at the controller', () => this.td.chay(`() => document.querySelector('#noi [role=alert] p')?.textContent || null`), han);
   }
 
   // The reason shown when a call has failed.
