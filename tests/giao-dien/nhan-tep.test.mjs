@@ -1,9 +1,9 @@
 // The host's end of the file channel.
 import assert from 'node:assert/strict';
 import test from 'node:test';
-import { tenTai } from '../../giao-dien/nguon/may/luu-tep.js';
+import { cungTen, tenTai } from '../../giao-dien/nguon/may/luu-tep.js';
 import { duongHop, taoNhanTep } from '../../giao-dien/nguon/may/nhan-tep.js';
-import { lang } from './vai-may.mjs';
+import { lang, taoHen } from './vai-may.mjs';
 
 function manh(id, byte) {
   const ra = new Uint8Array(4 + byte.length);
@@ -13,9 +13,9 @@ function manh(id, byte) {
 }
 
 function tao(luu = {}) {
-  const t = { ra: [], kho: [] };
+  const t = { ra: [], kho: [], hen: taoHen() };
   t.nhan = taoNhanTep({
-    gui: (chu) => t.ra.push(JSON.parse(chu)),
+    gui: (chu) => t.ra.push(JSON.parse(chu)), hen: t.hen,
     luu: {
       duoc: () => '', thuMuc: () => true,
       ghi: async (duong, blob) => { t.kho.push(['ghi', duong, new Uint8Array(await blob.arrayBuffer())]); return ''; },
@@ -79,6 +79,24 @@ test('too large for the endpoint, no folder, or one that cannot be reached: save
     assert.deepEqual([t.lay().at(-1).noi, t.kho], ['tai', [['tai', 'a/b', 1]]]);
   }
   assert.equal(tenTai('a//b c/d.txt'), 'a_b c_d.txt');
+});
+
+test('while a file is being stored the other side is told that it is not forgotten', async () => {
+  let xong;
+  const t = tao({ ghi: () => new Promise((x) => { xong = x; }) });
+  t.noi({ l: 'tep', id: 1, duong: 'a', co: 0 });
+  await t.xong(1);
+  t.lay();
+  t.hen.chay(65000);
+  assert.deepEqual(t.lay(), [{ l: 'nhan', id: 1, byte: 0 }, { l: 'nhan', id: 1, byte: 0 }]);
+  xong('');
+  await lang();
+  assert.deepEqual([t.lay(), t.hen.con], [[{ l: 'roi', id: 1, noi: 'thu-muc' }], 0]);
+});
+
+test('another download that ends meanwhile is not taken for ours', () => {
+  for (const [xin, den] of [['a_b.txt', 'a_b.txt'], ['a_b.txt', 'a_b 2.txt'], ['.bashrc', '_bashrc'], ['x'.repeat(300), 'x'.repeat(250)], ['🙂.png', '🙂.png'], ['ảnh.jpg', 'ảnh.jpg']]) assert.equal(cungTen(xin, den), true, xin);
+  for (const [xin, den] of [['a_b.txt', 'hoá đơn.pdf'], ['phim.mkv', 'nhạc.mp3']]) assert.equal(cungTen(xin, den), false, den);
 });
 
 test('taken back by either side, at any moment', async () => {

@@ -17,7 +17,7 @@ function taoPhien({ canHoi = false, chan = '', traLoi = Promise.resolve(true) } 
     phien: 'p', ma: '123456789', stun: ['a:1'], canh: {}, track: 'track',
     moi: { taoKetNoi: (c) => { t.pc = new KetNoiGia(c); return t.pc; }, maHoa, hen },
     gui: () => {}, dong: () => { t.dong += 1; },
-    hoi: { chan: () => chan, can: () => canHoi, nguoi: (ai) => { t.hoi = ai; return { traLoi, thoi: () => { t.thoi += 1; } }; } },
+    hoi: { chan: () => chan, can: () => canHoi, dongY: () => {}, nguoi: (ai) => { t.hoi = ai; return { traLoi, thoi: () => { t.thoi += 1; } }; } },
     khi: { doi: () => {}, mo: () => {}, yeu: () => { t.yeu = (t.yeu ?? 0) + 1; }, nghe: (ten, du) => { t.nghe = [ten, du]; }, het: (ly, truoc) => t.het.push([ly, truoc]) },
   });
   return t;
@@ -77,6 +77,19 @@ test('nothing is connected before this person has said yes, and no answer is a n
   assert.deepEqual([som.phien.tinh, som.pc.remoteDescription], ['het', undefined]);
 });
 
+test('an address that this engine cannot read is no reason to refuse a caller', async () => {
+  const cac = [];
+  const maHoa = taoMaHoaGia();
+  const taoKetNoi = (c) => {
+    cac.push(c.iceServers);
+    if (c.iceServers.length) throw new SyntaxError('ICE server');
+    return new KetNoiGia(c);
+  };
+  taoPhienMay({ phien: 'p', ma: '1', stun: ['[:1'], canh: {}, track: 't', moi: { taoKetNoi, maHoa, hen: taoHen() }, gui() {}, dong() {}, hoi: {}, khi: { doi() {} } });
+  await lang();
+  assert.deepEqual([cac, !!maHoa.bt], [[[{ urls: 'stun:[:1' }], []], true]);
+});
+
 test('who may not come in is told so and sees nothing, though the password was right', async () => {
   for (const [chan, thu] of [['tu-choi', [{ tuChoi: true }, { het: 'tu-choi' }]], ['ban', [{ het: 'ban' }]]]) {
     const t = taoPhien({ chan });
@@ -123,6 +136,8 @@ test('names are one plain line; server addresses become what a connection takes'
   assert.equal([...sachTen('🙂'.repeat(100))].length, 64);
   assert.deepEqual(cacMayStun(['a:1', 'stun:b:2', 7, '']), [{ urls: 'stun:a:1' }, { urls: 'stun:b:2' }]);
   assert.deepEqual(cacMayStun('x'), []);
+  const xau = ['a b', 'turn:a:1', 'turns:a', 'stun:', 'stun:a:1?transport=udp', 'http://a', 'x'.repeat(300)];
+  assert.deepEqual(cacMayStun([...xau, '[::1]:3478', 'stuns:c']), [{ urls: 'stun:[::1]:3478' }, { urls: 'stuns:c' }]);
 });
 
 test('what a session holds down is let go when it ends, unless another holds it too', () => {
@@ -163,8 +178,8 @@ function taoPhongThu() {
   t.phong = taoPhong({
     tv: t.tv, chia: t.chia, luong: { layTrack: () => 'track', mo: (d) => t.mo.push(d), nguoiMoi() {} }, tuyChon: { doc: (ten) => t.bat[ten] },
     canh: { coLau: true, khoaNgay: () => t.canh.push('khoa'), doiMatKhau: () => t.canh.push('doi') },
-    luuTep: { duoc: () => (t.bat.nhanTep === false ? 'nhanTep.tat' : ''), thuMuc: () => false }, moi: { taoKetNoi: (c) => { t.pcs.push(new KetNoiGia(c)); return t.pcs.at(-1); }, maHoa, hen: t.hen },
-    kenh: { goi: async (ten, du) => { t.nhat.push([ten, du.phien, du.tin]); return { ok: true }; } }, traLoi: () => ({ ma: '1', stun: [] }), hoiNguoi: () => {},
+    luuTep: { duoc: () => (t.bat.nhanTep === false ? 'nhanTep.tat' : ''), thuMuc: () => !!t.bat.thuMuc }, moi: { taoKetNoi: (c) => { t.pcs.push(new KetNoiGia(c)); return t.pcs.at(-1); }, maHoa, hen: t.hen },
+    kenh: { goi: async (ten, du) => { t.nhat.push([ten, du.phien, du.tin]); return { ok: true }; } }, traLoi: () => ({ ma: '1', stun: [] }), hoiNguoi: (ai) => t.hoiNguoi(ai),
     caoToiDa: () => 1440, soMan: () => 0, loiHinh: () => t.tv.manHinh.loi, khi: { doi: () => t.phong?.theo(), vao() {}, ra: (p, ly) => t.ra.push(ly), bang() {} },
   });
   t.vao = async (so, ai) => {
@@ -181,6 +196,10 @@ test('the share begins with the first controller, follows the most that anyone w
   const mot = await t.vao('p1');
   assert.deepEqual(t.nhat, [['cao', 1080], ['bat', 0]]);
   assert.equal(mot.kenh.tin.cac[0].l, 'chao');
+  assert.equal(mot.kenh.tin.cac[0].tep.noi, 'tai', 'folders will arrive flat');
+  t.bat.thuMuc = true;
+  t.phong.theo();
+  assert.equal(mot.kenh.tin.cac.at(-1).tep.noi, 'thu-muc');
   t.day('http://x', '', true);
   assert.equal(t.mo.at(-1), 'http://x');
   const hai = await t.vao('p2');
@@ -261,6 +280,29 @@ test('sent away means away: the passwords change, and the lasting one lets nobod
   await k.vao('p1');
   k.phong.duoi('p1');
   assert.deepEqual([k.canh, await vaoBang(k, 1)], [['doi'], 1], 'who came by the other password closes only that');
+});
+
+test('a yes holds for the same certificate for a while, so that a page that finds no path does not ask again and again', async () => {
+  const t = taoPhongThu();
+  t.bat.hoiTruoc = true;
+  let hoi = 0;
+  t.dap = true;
+  t.hoiNguoi = () => { hoi += 1; return { traLoi: Promise.resolve(t.dap), thoi() {} }; };
+  const goi = async (so, vanTayKia) => {
+    t.phong.them(so);
+    await lang();
+    await dua(t.maHoas.at(-1), t.pcs.at(-1), { vanTayKia });
+    t.pcs.at(-1).thanh('failed');
+    return hoi;
+  };
+  assert.deepEqual([await goi('1', 'A'), await goi('2', 'A'), await goi('3', 'B')], [1, 1, 2]);
+  t.hen.chay(600000);
+  assert.equal(await goi('4', 'A'), 3);
+  t.phong.dung();
+  assert.equal(await goi('5', 'A'), 4, 'not past the red button');
+  t.dap = false;
+  await goi('6', 'C');
+  assert.equal(await goi('7', 'C'), 6, 'a no is no yes');
 });
 
 test('no input without a share, and nothing stays held down by a controller that is silent or gone', async () => {

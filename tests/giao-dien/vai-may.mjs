@@ -92,10 +92,10 @@ export function taoMaHoaGia() {
 }
 
 // Takes a session through the handshake to a live connection.
-export async function dua(maHoa, pc, { viTri = 0, ten = 'Lan' } = {}) {
+export async function dua(maHoa, pc, { viTri = 0, ten = 'Lan', vanTayKia = 'vt' } = {}) {
   await lang();
   const { khi } = maHoa.bt.dat;
-  khi.xong({ viTri });
+  khi.xong({ viTri, vanTayKia });
   khi.thu({ ten });
   await lang();
   khi.thu({ sdp: { type: 'offer', sdp: 'moi' } });

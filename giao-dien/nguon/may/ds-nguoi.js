@@ -1,3 +1,4 @@
+import { motDong } from '../chung/mot-dong.js';
 import { $, khi, taoNut, taoThe } from '../chung/trang.js';
 
 const KHI_ROI = {
@@ -22,7 +23,7 @@ export function taoDsNguoi({ tv, van, ve, baoTin, phong, lichSu, guiBang }) {
         : van.chu('nguoi.dangVao')),
     );
     const dang = tep.dangNhan;
-    if (dang) doan.append(taoThe('p', 'phu duong', van.chu('nguoi.dangNhan', { ten: dang.duong, con: dang.con })));
+    if (dang) doan.append(taoThe('p', 'phu duong', van.chu('nguoi.dangNhan', { ten: motDong(dang.duong), con: dang.con })));
     const hang = taoThe('div', 'nut-hang');
     if (dang) hang.append(taoNut(van.chu('nguoi.thoiNhan'), () => tep.huy()));
     const nut = taoNut(van.chu('nguoi.ketThuc'), () => phong.duoi(phien.phien), 'do');
@@ -66,7 +67,7 @@ export function taoDsNguoi({ tv, van, ve, baoTin, phong, lichSu, guiBang }) {
     khiRa(phien, ly, truoc) {
       if (truoc === 'noi') {
         lichSu.them({ ten: phien.ten, cach: phien.cach, tu: phien.tuLuc, den: Date.now(), ly });
-        baoTin('xong', van.chu(KHI_ROI[ly] ?? 'roi.mat', { ten: ten(phien) }));
+        baoTin('xong', van.chu(KHI_ROI[ly] ?? 'roi.mat', { ten: ten(phien) }), null, { giu: true });
       } else if (ly === 'sai') baoTin('hong', van.chu('nguoi.sai'));
       else if (ly === 'khong-noi-duoc') baoTin('hong', van.chu('nguoi.khongNoi', { ten: ten(phien) }));
     },

@@ -5,10 +5,16 @@ const GIU_BLOB = 60 * 1000; // ms that a saved blob's address stays
 // A path in one name: a download has no folders.
 export const tenTai = (duong) => duong.split('/').filter(Boolean).join('_');
 
+// Whether a download's name on disk is that of the one asked for: engines replace characters and shorten, the host numbers.
+const SO_SANH = 24; // letters and digits compared
+const gon = (ten) => ten.normalize('NFKC').toLowerCase().replace(/[^\p{L}\p{N}]+/gu, '');
+export const cungTen = (xin, den) => gon(den).startsWith(gon(xin.replace(/\.[^.]*$/, '')).slice(0, SO_SANH));
+
 // thuMuc() gives { goc, cong, biMat } of the open folder or null; khiGhi(folder, name) is called for each file written there.
 export function taoLuuTep({ thuMuc, khiGhi }) {
   let truoc = Promise.resolve(); // downloads go one after the other, so that the host's word belongs to the right one
   let choHost = null;
+  let tenCho = ''; // the name that choHost waits for
 
   async function ghi(duong, blob) {
     const { goc, cong, biMat } = thuMuc();
@@ -35,10 +41,11 @@ export function taoLuuTep({ thuMuc, khiGhi }) {
         xong(ly);
       };
       choHost = ket;
+      tenCho = tenTai(duong);
       const hen = setTimeout(() => ket('nhanTep.khongLuu'), CHO_TAI);
       const lienKet = document.createElement('a');
       lienKet.href = dia;
-      lienKet.download = tenTai(duong);
+      lienKet.download = tenCho;
       document.body.append(lienKet);
       lienKet.click();
       lienKet.remove();
@@ -52,8 +59,8 @@ export function taoLuuTep({ thuMuc, khiGhi }) {
       truoc = viec.catch(() => {});
       return viec;
     },
-    // The host's word about a download.
-    khiDaTai: () => choHost?.(''),
+    // The host's word about a download; it may be one that this person made.
+    khiDaTai: (ten) => { if (cungTen(tenCho, ten)) choHost?.(''); },
     khiTaiHong: () => choHost?.('nhanTep.khongLuu'),
   };
 }

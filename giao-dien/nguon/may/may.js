@@ -127,7 +127,7 @@ export function taoMay({ tv, van, kho, ve, baoTin, io, ban }) {
       window.__tvMatKetNoi = (mat) => mayChu.khiMat(!!mat);
       window.__tvMayChuSongLai = mayChu.khiSongLai;
       window.__tvDaTai = (thuMuc, ten) => {
-        luuTep.khiDaTai();
+        luuTep.khiDaTai(String(ten));
         thietLap.datThuMucLuu(String(thuMuc)); // downloads go where the host was told to save
         tepNhan.them(String(thuMuc), String(ten), coChuXong);
       };

@@ -5,6 +5,7 @@ const GOM = 4 * 1024 * 1024; // bytes held as pieces before they become a blob
 const CHO_TOI_DA = 10000; // files announced and not yet asked for
 const CO_TOI_DA = 4 * 1024 ** 3; // bytes of one file: what is gathered has to lie somewhere until it is whole
 const GHI_TOI_DA = 64 * 1024 * 1024; // bytes that the receiving endpoint takes
+const NHAC = 30000; // ms between words to a controller that waits for a file to be stored
 const DUONG_TOI_DA = 1023; // characters of a path, the endpoint's measure
 
 // What the endpoint would refuse is refused before a byte is sent.
@@ -19,10 +20,10 @@ const soKyTu = (chu) => (Intl.Segmenter ? [...new Intl.Segmenter().segment(chu)]
 
 const soNguyen = (n, tu) => Number.isSafeInteger(n) && n >= tu;
 
-// gui(text) writes into the channel. Reasons are keys of the page's texts.
+// gui(text) writes into the channel; hen: { dat, huy }. Reasons are keys of the page's texts.
 // luu: { duoc() -> '' or why not, thuMuc() -> null or whether files go into a folder,
 // ghi(path, blob) -> promise of '' or what went wrong, tai(path, blob) -> the same }.
-export function taoNhanTep({ gui, luu, khiDoi = () => {} }) {
+export function taoNhanTep({ gui, luu, hen, khiDoi = () => {} }) {
   let hang = []; // { id, duong, co }, announced
   let nay = null; // the one that is being received
   let dong = false;
@@ -79,12 +80,21 @@ export function taoNhanTep({ gui, luu, khiDoi = () => {} }) {
     }
   }
 
+  // Storing may take minutes; without a word the other side takes it for failed.
+  function nhac(tep) {
+    tep.henNhac = hen.dat(() => {
+      noi({ l: 'nhan', id: tep.id, byte: tep.co });
+      nhac(tep);
+    }, NHAC);
+  }
+
   async function nhanXong({ id }) {
     if (nay?.id !== id || nay.dangLuu) return;
     if (nay.day !== nay.co) return bo('nhanTep.thieu');
     const tep = nay;
     gom();
     tep.dangLuu = true;
+    nhac(tep);
     const blob = new Blob(tep.blob, { type: 'application/octet-stream' });
     tep.blob = [];
     let thuMuc = luu.thuMuc() && tep.co <= GHI_TOI_DA;
@@ -95,6 +105,7 @@ export function taoNhanTep({ gui, luu, khiDoi = () => {} }) {
     } catch {
       ly = 'nhanTep.khongLuu';
     }
+    hen.huy(tep.henNhac);
     if (nay !== tep) return;
     nay = null;
     if (ly) tuChoi(tep.id, ly);
@@ -139,6 +150,7 @@ export function taoNhanTep({ gui, luu, khiDoi = () => {} }) {
     },
     dong() {
       dong = true;
+      if (nay?.dangLuu) hen.huy(nay.henNhac);
       hang = [];
       nay = null;
     },

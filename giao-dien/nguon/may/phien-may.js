@@ -1,6 +1,7 @@
 // One controller's session on the host: handshake, this person's consent, the direct connection, its end.
 //
 //   bat-tay (proving the password) -> hoi (this person is asked) -> dang-noi -> noi -> het
+import { motDong } from '../chung/mot-dong.js';
 import { cacMayStun } from '../chung/stun.js';
 
 export { cacMayStun };
@@ -17,9 +18,8 @@ const KHUNG_TOI_DA = 20; // frames per second; the host gives 12
 
 const KENH = { lenh: 1, tin: 2, tep: 3 };
 
-// A name as it may be shown: one line, no control or direction characters.
-export const sachTen = (ten) => (typeof ten === 'string'
-  ? [...ten.replace(/[\p{C}\p{Zl}\p{Zp}]+/gu, ' ').trim()].slice(0, TEN_TOI_DA).join('') : '');
+// A name as it may be shown.
+export const sachTen = (ten) => (typeof ten === 'string' ? [...motDong(ten)].slice(0, TEN_TOI_DA).join('') : '');
 
 // Fits the sender to a screen: full size and few frames rather than the other way round.
 async function datNguoiGui(sender) {
@@ -30,11 +30,18 @@ async function datNguoiGui(sender) {
 }
 
 // moi: { taoKetNoi(configuration), maHoa (TvMaHoa), hen: { dat, huy } }; canh is the guard of the passwords, track the picture.
-// gui(letter) and dong() speak to the server. hoi({ ten, cach }) asks this person, answering a promise of yes or no that
+// gui(letter) and dong() speak to the server. hoi({ ten, cach }) asks this person unless
+// hoi.can(the controller's fingerprint) says that it need not be, answering a promise of yes or no that
 // `thoiHoi` withdraws; hoi.chan(which password) says why a caller is turned away unasked, or ''. khi: yeu() at an interruption, doi() after every change, nghe(channel name, data), mo(channel name), het(reason).
 export function taoPhienMay({ phien, ma, stun, canh, track, moi, gui, dong, hoi, khi }) {
   const { hen, maHoa } = moi;
-  const pc = moi.taoKetNoi({ iceServers: cacMayStun(stun), bundlePolicy: 'max-bundle' });
+  const taoKetNoi = (iceServers) => moi.taoKetNoi({ iceServers, bundlePolicy: 'max-bundle' });
+  let pc;
+  try {
+    pc = taoKetNoi(cacMayStun(stun));
+  } catch {
+    pc = taoKetNoi([]); // an address that this engine cannot read
+  }
   const kenh = {};
   const choThu = []; // letters that came before the handshake could begin
   const choUng = []; // addresses that came before the description
@@ -83,7 +90,7 @@ export function taoPhienMay({ phien, ma, stun, canh, track, moi, gui, dong, hoi,
     }
   };
 
-  async function xinPhep({ viTri }) {
+  async function xinPhep({ viTri, vanTayKia }) {
     cach = viTri;
     henGio(0);
     const chan = hoi.chan(cach);
@@ -92,7 +99,7 @@ export function taoPhienMay({ phien, ma, stun, canh, track, moi, gui, dong, hoi,
       return ket(chan);
     }
     doiTinh('hoi');
-    if (hoi.can()) {
+    if (hoi.can(vanTayKia)) {
       batTay.niem({ cho: true });
       if (!ten) await new Promise((xong) => { coTen = xong; henGio(CHO_TEN, xong); });
       henGio(0);
@@ -105,6 +112,7 @@ export function taoPhienMay({ phien, ma, stun, canh, track, moi, gui, dong, hoi,
         batTay.niem({ tuChoi: true });
         return ket('tu-choi');
       }
+      hoi.dongY(vanTayKia);
     }
     doiTinh('dang-noi');
     henGio(CHO_NOI, () => ket('khong-noi-duoc'));

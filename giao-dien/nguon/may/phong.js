@@ -7,6 +7,7 @@ const TOI_DA = 4; // controllers at once
 const CHO_TOI_DA = 16; // callers that are still proving themselves
 const NHUONG = 5000; // ms until one of those gives its place to a newcomer; an honest one needs about two seconds
 const GIU_IM = 4000; // ms without a word (beats come every two seconds) until what a controller holds down is let go
+const NHO_DONG_Y = 600000; // ms that a yes holds for the same certificate: a page that finds no path calls again
 export const CHAN_LAU = 600000; // ms that the lasting password lets nobody in after its user was sent away: longer than a page calls again
 const HET_HAN = 3000; // ms without a share before the sessions take it for stopped; a change of display has such a gap
 const CAO_DAU = 1080; // lines, for a controller that has not said what it can use
@@ -22,6 +23,7 @@ export function taoPhong({ tv, chia, luong, tuyChon, canh, luuTep, moi, kenh, tr
   let caoDaXin = 0;
   let henHet = 0;
   let coChia = false; // the share has been seen running since it began
+  const dongY = new Map(); // fingerprint -> the timer that forgets this person's yes
   let chanLau = 0; // the timer that opens the lasting password again
 
   const daVao = () => [...cac.values()].filter(({ phien }) => phien.tinh === 'noi');
@@ -86,7 +88,7 @@ export function taoPhong({ tv, chia, luong, tuyChon, canh, luuTep, moi, kenh, tr
     choDieuKhien: duocDieuKhien(),
     troNang: tv.troNangDaBat(),
     bang: tuyChon.doc('bang'),
-    tep: { duoc: luuTep.duoc() === '', ly: luuTep.duoc() },
+    tep: { duoc: luuTep.duoc() === '', ly: luuTep.duoc(), noi: luuTep.thuMuc() ? 'thu-muc' : 'tai' },
     loi: loiHinh(),
   });
 
@@ -107,6 +109,16 @@ export function taoPhong({ tv, chia, luong, tuyChon, canh, luuTep, moi, kenh, tr
     return khac.length >= TOI_DA ? 'ban' : '';
   }
 
+  function nhoDongY(vanTay) {
+    moi.hen.huy(dongY.get(vanTay));
+    dongY.set(vanTay, moi.hen.dat(() => dongY.delete(vanTay), NHO_DONG_Y));
+  }
+
+  function quenDongY() {
+    for (const so of dongY.values()) moi.hen.huy(so);
+    dongY.clear();
+  }
+
   function dongLau() {
     moi.hen.huy(chanLau);
     chanLau = moi.hen.dat(() => { chanLau = 0; }, CHAN_LAU);
@@ -123,7 +135,7 @@ export function taoPhong({ tv, chia, luong, tuyChon, canh, luuTep, moi, kenh, tr
       phien: so, ma: traLoi().ma, stun: traLoi().stun, canh, track: luong.layTrack(), moi,
       gui: (tin) => kenh.goi('phien:tin', { phien: so, tin }).then((dap) => { if (!dap.ok) khiGuiHong(so); }),
       dong: () => kenh.goi('phien:dong', { phien: so }),
-      hoi: { chan: (cach) => chan(so, cach), can: () => tuyChon.doc('hoiTruoc'), nguoi: hoiNguoi },
+      hoi: { chan: (cach) => chan(so, cach), can: (vanTay) => tuyChon.doc('hoiTruoc') && !dongY.has(vanTay), nguoi: hoiNguoi, dongY: nhoDongY },
       khi: {
         doi: () => khiDoi(so),
         mo: (ten) => { if (ten === 'tin') cac.get(so)?.tin.khiMo(); },
@@ -142,7 +154,7 @@ export function taoPhong({ tv, chia, luong, tuyChon, canh, luuTep, moi, kenh, tr
         het: () => phien.ket('ben-kia'),
       },
     });
-    const tep = taoNhanTep({ gui: (chu) => phien.gui('tep', chu), luu: luuTep, khiDoi: khi.doi });
+    const tep = taoNhanTep({ gui: (chu) => phien.gui('tep', chu), luu: luuTep, hen: moi.hen, khiDoi: khi.doi });
     const muc = { phien, tin, tep, daVao: false, lau: false, henIm: 0 };
     muc.henLau = moi.hen.dat(() => { muc.lau = true; }, NHUONG);
     cac.set(so, muc);
@@ -195,6 +207,7 @@ export function taoPhong({ tv, chia, luong, tuyChon, canh, luuTep, moi, kenh, tr
 
   // This person's stop: everybody goes, and no page calls itself back in.
   function dung() {
+    quenDongY();
     canh.khoaNgay();
     if (canh.coLau) dongLau();
     ketHet('dung');
@@ -204,6 +217,7 @@ export function taoPhong({ tv, chia, luong, tuyChon, canh, luuTep, moi, kenh, tr
   function duoi(so) {
     const muc = cac.get(so);
     if (!muc) return;
+    quenDongY();
     canh.doiMatKhau();
     if (muc.phien.cach === 1) dongLau();
     muc.phien.ket('nguoi');

@@ -1,3 +1,4 @@
+import { motDong } from '../chung/mot-dong.js';
 import { $, khi, taoNut, taoThe } from '../chung/trang.js';
 import { dichLoi } from './loi-may.js';
 
@@ -14,7 +15,7 @@ export function taoTepNhan({ tv, van, kho, ve, baoTin, mayChu }) {
 
   function taoNutHien(t) {
     const nut = taoNut(van.chu('nhan.hien'), () => tv?.hienTrongFinder(t.thuMuc, t.ten));
-    nut.setAttribute('aria-label', van.chu('nhan.hienTep', { ten: t.ten }));
+    nut.setAttribute('aria-label', van.chu('nhan.hienTep', { ten: motDong(t.ten) }));
     return nut;
   }
 
@@ -23,7 +24,7 @@ export function taoTepNhan({ tv, van, kho, ve, baoTin, mayChu }) {
     $('tep-nhan').replaceChildren(...tep.map((t) => {
       const li = taoThe('li', 'muc');
       const doan = taoThe('div');
-      doan.append(taoThe('h3', 'duong', t.ten), taoThe('p', 'phu duong', t.thuMuc));
+      doan.append(taoThe('h3', 'duong', motDong(t.ten)), taoThe('p', 'phu duong', motDong(t.thuMuc)));
       li.append(doan, taoNutHien(t));
       return li;
     }));
@@ -91,7 +92,7 @@ export function taoTepNhan({ tv, van, kho, ve, baoTin, mayChu }) {
       tep = [t, ...tep].slice(0, TOI_DA);
       veLai = true;
       ve.lai();
-      coChuXong.then(() => baoTin('xong', van.chu('tin.daTai', { ten }), taoNutHien(t)));
+      coChuXong.then(() => baoTin('xong', van.chu('tin.daTai', { ten: motDong(ten) }), taoNutHien(t)));
     },
     veChu: () => { veLai = true; },
   };
