@@ -135,6 +135,18 @@ test('a host that says nothing more; failed files can be sent again', async () =
   assert.deepEqual(tinh(g), ['x roi']);
 });
 
+test('a host that says that it is still storing is waited for; one that falls silent is not', async () => {
+  const { g, kenh, noi, hen, hetGio } = moi({ tra: (t) => (t.l === 'xong' ? { l: 'nhan', id: 1, byte: 3 } : null) });
+  g.datKenh(kenh);
+  gui(g, new TepGia('x', 3));
+  await cho(() => g.cacTep[0].daNhan === 3);
+  const [truoc] = hen.keys();
+  noi({ l: 'nhan', id: 1, byte: 3 });
+  assert.deepEqual([tinh(g), hen.size, hen.has(truoc)], [['x luu'], 1, false], 'its time begins anew');
+  hetGio();
+  assert.deepEqual(tinh(g), ['x hong im']);
+});
+
 test('cancelling one, the rest, from the other side; the list is cleared of what is finished', async () => {
   const { g, kenh, may, noi } = moi({ tuDong: false });
   g.datKenh(kenh);
