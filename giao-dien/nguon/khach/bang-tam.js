@@ -1,5 +1,6 @@
-// Text clipboards, both ways: this one's goes there when it is pasted there, the host's comes when its person sends it, as its
-// engine shows the clipboard to nobody else. Where this engine withholds its own the panel's field is the way between; typing the text out works even where the host keeps its clipboard to itself.
+// Text clipboards, both ways: this one's goes there when it is pasted there; the host's comes when its person sends it, since
+// its engine lets no page read it. Where this engine withholds its own the panel's field is the way between, and typing the
+// text out works even where the host keeps its clipboard to itself.
 import { $, khi } from '../chung/trang.js';
 
 const TOI_DA = 1048576; // bytes
