@@ -40,6 +40,7 @@ class PhanTu {
     for (const [ten, gia] of Object.entries(thuocTinh)) {
       if (ten.startsWith('data-')) this.dataset[ten.slice(5).replace(/-(\w)/g, (_, c) => c.toUpperCase())] = gia;
     }
+    if (the === 'canvas') Object.assign(this, { getContext: () => ({}), captureStream: () => ({ getVideoTracks: () => [{ requestFrame() {} }] }) });
     this.classList = { toggle: (ten, bat) => (bat ? this.lop.add(ten) : this.lop.delete(ten)) };
     if (the === 'iframe') this.contentDocument = { body: new PhanTu('body'), createElement: (t) => new PhanTu(t) };
   }
@@ -47,10 +48,14 @@ class PhanTu {
   addEventListener(ten, ham) { (this.nghe[ten] ||= []).push(ham); }
   append(...con) { for (const c of con) { c.cha = this; this.con.push(c); } }
   replaceChildren(...con) { this.con = []; this.append(...con); }
+  showModal() { this.mo = true; }
+  focus() {}
+  select() {}
+  querySelector(bo) { return this.con.flatMap((c) => bo.split(', ').flatMap((the) => c.tim(the)))[0] ?? null; }
   remove() { if (this.cha) this.cha.con = this.cha.con.filter((c) => c !== this); this.cha = null; }
   // A browser presses neither a disabled button nor asks whether it is hidden.
   click() { return this.disabled ? [] : this.kich('click'); }
-  kich(ten) { return (this.nghe[ten] || []).map((ham) => ham()); }
+  kich(ten, suKien) { return (this.nghe[ten] || []).map((ham) => ham(suKien)); }
   chon(gia) { this.value = gia; return this.kich('change'); }
   // This element and all below it that have the tag.
   get childElementCount() { return this.con.length; }
@@ -68,7 +73,7 @@ function taiLieuTu(van) {
   });
   const theoId = new Map(tatCa.filter((p) => p.thuocTinh.id).map((p) => [p.thuocTinh.id, p]));
   return {
-    cookie: '', documentElement: new PhanTu('html'), tatCa,
+    cookie: '', body: new PhanTu('body'), execCommand: () => false, documentElement: new PhanTu('html'), tatCa,
     getElementById: (id) => theoId.get(id) ?? null,
     createElement: (the) => new PhanTu(the),
     querySelectorAll: (bo) => tatCa.filter((p) => bo.slice(1, -1) in p.thuocTinh),
@@ -100,8 +105,8 @@ export function taoMay(nhat) {
 export const lang = () => new Promise((xong) => setImmediate(xong));
 
 // Opens the page. coMay: inside the host; mayChu: where it came from; kem: what the socket client's path answers;
-// guiTep: what the receiving endpoint answers.
-export async function moTrang({ coMay = true, hostname = '127.0.0.1', kem = 'khong_may_chu', luu = {}, tep = docBang, guiTep = () => ({ ok: false, status: 403 }) } = {}) {
+// guiTep: what the receiving endpoint answers. sua(window) alters what the page's script finds.
+export async function moTrang({ coMay = true, hostname = '127.0.0.1', kem = 'khong_may_chu', luu = {}, tep = docBang, guiTep = () => ({ ok: false, status: 403 }), sua = () => {} } = {}) {
   const nhat = [];
   const hen = []; // timers, run by hand: [ham, ms]
   const luuTru = new Map(Object.entries(luu));
@@ -123,7 +128,7 @@ export async function moTrang({ coMay = true, hostname = '127.0.0.1', kem = 'kho
     location: { hostname, reload: () => nhat.push(['reload']) },
     localStorage: { getItem: (k) => luuTru.get(k) ?? null, setItem: (k, v) => luuTru.set(k, v), removeItem: (k) => luuTru.delete(k) },
     setTimeout: (ham, ms) => { hen.push({ ham, ms }); return hen.length; },
-    clearTimeout: () => {},
+    clearTimeout: () => {}, setInterval: () => 0, clearInterval: () => {}, addEventListener: () => {}, AbortController, Blob, performance,
     crypto: globalThis.crypto, TextEncoder, btoa, atob,
     async fetch(duong) {
       const ma = duong.match(/^\/i18n\/(\w+)\.json$/)?.[1];
@@ -138,6 +143,7 @@ export async function moTrang({ coMay = true, hostname = '127.0.0.1', kem = 'kho
   };
   trang.cuaSo.window = trang.cuaSo;
   napKichBan(trang.cuaSo, 'crypto.js', 'i18n.js', 'local-store.js');
+  sua(trang.cuaSo);
   vm.runInContext(kichBanTrang(), trang.cuaSo, { filename: 'app.html' });
   await lang();
   return trang;

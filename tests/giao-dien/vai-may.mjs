@@ -92,12 +92,21 @@ export function taoMaHoaGia() {
 }
 
 // Takes a session through the handshake to a live connection.
-export async function dua(maHoa, pc, { viTri = 0, ten = 'Lan', vanTayKia = 'vt' } = {}) {
+export async function dua(maHoa, pc, ai) {
+  await chungMinh(maHoa, ai);
+  await noi(maHoa, pc);
+}
+
+export async function chungMinh(maHoa, { viTri = 0, ten = 'Lan', vanTayKia = 'vt' } = {}) {
   await lang();
   const { khi } = maHoa.bt.dat;
   khi.xong({ viTri, vanTayKia });
   khi.thu({ ten });
   await lang();
+}
+
+export async function noi(maHoa, pc) {
+  const { khi } = maHoa.bt.dat;
   khi.thu({ sdp: { type: 'offer', sdp: 'moi' } });
   await lang();
   pc.thanh('connected');
