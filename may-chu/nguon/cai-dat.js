@@ -51,6 +51,7 @@ const BANG = [
   ['dangKyMoiPhut', 'DANG_KY_MOI_PHUT', '30', docSo, 'registrations of one address in a minute'],
   ['goiMoiPhut', 'GOI_MOI_PHUT', '30', docSo, 'calls of one address in a minute'],
   ['tinMoiGiay', 'TIN_MOI_GIAY', '40', docSo, 'letters of one address in a second, ten times as many at once'],
+  ['yeuCauMoiPhut', 'YEU_CAU_MOI_PHUT', '300', docSo, 'HTTP requests of one address in a minute'],
   ['ketNoiMoiDiaChi', 'KET_NOI_MOI_DIA_CHI', '100', docSo, 'connections that one address may hold'],
   ['ketNoiToiDa', 'KET_NOI_TOI_DA', '10000', docSo, 'connections in all'],
 ];

@@ -33,6 +33,9 @@ export function khoaDiaChi(chu) {
   return byte.length === 4 ? byte.join('.') : byte.subarray(0, 8).toString('hex');
 }
 
+// The /48 around the key of an IPv6 client, null for any other: one site or tunnel is given 65 536 networks of /64.
+export const khoaMang = (khoa) => (/^[0-9a-f]{16}$/.test(khoa) ? `${khoa.slice(0, 12)}/48` : null);
+
 // What the log may hold: the network, not the machine.
 export function cheDiaChi(chu) {
   const byte = docDiaChi(chu);

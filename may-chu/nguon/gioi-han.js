@@ -1,4 +1,7 @@
-// Token buckets, one for each key. Time comes from outside, so that tests move it by hand.
+// Token buckets, one for each key, and counts. Time comes from outside, so that tests move it by hand.
+import { khoaMang } from './dia-chi.js';
+
+export const GAP_MANG = 8; // a /48 may do so many times what one address may
 
 export class GioiHan {
   #xo = new Map(); // key → { con, luc }, the least recently used first
@@ -39,6 +42,20 @@ export class GioiHan {
   }
 }
 
+// The same for clients, by `khoaDiaChi`: a bucket for each and a larger one for the /48 around it.
+export class GioiHanDiaChi {
+  constructor({ dung, moiGiay, dongHo }) {
+    this.rieng = new GioiHan({ dung, moiGiay, dongHo });
+    this.mang = new GioiHan({ dung: dung * GAP_MANG, moiGiay: moiGiay * GAP_MANG, dongHo });
+  }
+
+  lay(khoa, gia = 1) {
+    const cho = this.rieng.lay(khoa, gia);
+    const mang = khoaMang(khoa);
+    return cho > 0 || mang === null ? cho : this.mang.lay(mang, gia);
+  }
+}
+
 // How many of something each key holds at this moment.
 export class SoDem {
   #so = new Map();
@@ -51,5 +68,25 @@ export class SoDem {
     const so = this.dem(khoa) + them;
     if (so > 0) this.#so.set(khoa, so);
     else this.#so.delete(khoa);
+  }
+}
+
+// The same for clients: at most `moi` each, and so many times that for the /48 around them.
+export class SoDemDiaChi {
+  #so = new SoDem();
+
+  constructor(moi) {
+    this.moi = moi;
+  }
+
+  day(khoa) {
+    const mang = khoaMang(khoa);
+    return this.#so.dem(khoa) >= this.moi || (mang !== null && this.#so.dem(mang) >= this.moi * GAP_MANG);
+  }
+
+  doi(khoa, them) {
+    const mang = khoaMang(khoa);
+    this.#so.doi(khoa, them);
+    if (mang !== null) this.#so.doi(mang, them);
   }
 }

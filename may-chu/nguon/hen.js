@@ -1,7 +1,7 @@
 // The signalling: hosts register a code, controllers call it, sealed letters pass between the two connections of a session.
 import { createHash, randomBytes, randomInt } from 'node:crypto';
 import { cheDiaChi, khoaDiaChi } from './dia-chi.js';
-import { GioiHan } from './gioi-han.js';
+import { GioiHanDiaChi } from './gioi-han.js';
 import { CAC_SU_KIEN, TIN_DAI_NHAT, kiemTin, tuChoi } from './kiem-tin.js';
 import { PHIEN_MOI_BEN, SoPhien, phienCua, phong } from './phien.js';
 
@@ -17,7 +17,7 @@ export class Hen {
   constructor({ io, soMa, caiDat, stunCong, dongHo, nhatKy, sanSang }) {
     Object.assign(this, { io, soMa, caiDat, stunCong, nhatKy, sanSang, cum: null });
     this.phien = new SoPhien(dongHo);
-    const xo = (dung, moiGiay) => new GioiHan({ dung, moiGiay, dongHo });
+    const xo = (dung, moiGiay) => new GioiHanDiaChi({ dung, moiGiay, dongHo });
     const { dangKyMoiPhut, goiMoiPhut, tinMoiGiay } = caiDat;
     this.gioiHan = { may: xo(dangKyMoiPhut, dangKyMoiPhut / 60), goi: xo(goiMoiPhut, goiMoiPhut / 60), tin: xo(Math.max(tinMoiGiay * 10, GIA_DAT_NHAT), tinMoiGiay) };
     this.xuLy = {

@@ -6,7 +6,7 @@ import { Server } from 'socket.io';
 import { LoiCaiDat } from './cai-dat.js';
 import { Cua, GOC_NOI_BO } from './cua.js';
 import { Cum } from './cum.js';
-import { GioiHan } from './gioi-han.js';
+import { GioiHanDiaChi } from './gioi-han.js';
 import { Hen } from './hen.js';
 import { PB } from './kiem-tin.js';
 import { taoPhucVu } from './phuc-vu.js';
@@ -15,6 +15,8 @@ import { SoMaBoNho, SoMaRedis } from './so-ma.js';
 import { moStun } from './stun.js';
 
 const QUET = 20_000; // ms between two sweeps
+const HAN_NOT = 1000; // ms for requests under way at the end
+const HAN_XIN = { headersTimeout: 10_000, requestTimeout: 60_000, connectionsCheckingInterval: 5_000 }; // ms to say what is wanted
 const LON_NHAT = 512 * 1024; // bytes of a packet: a letter of the longest kind, however it is escaped
 
 // `dongHo`: milliseconds that never go back. `quet` is what a timer runs now and then; tests run it themselves.
@@ -30,19 +32,20 @@ export async function moMayChu(caiDat, { nhatKy, dongHo = () => performance.now(
 }
 
 async function dungMayChu({ caiDat, nhatKy, dongHo, choTra, redis, cacDong }) {
-  const gioiHanStun = new GioiHan({ dung: 50, moiGiay: 10, dongHo });
+  const gioiHanStun = new GioiHanDiaChi({ dung: 50, moiGiay: 10, dongHo });
   const stun = caiDat.stunCong && await moThu(caiDat.stunCong, (cong) => moStun({ diaChi: caiDat.diaChi, cong, gioiHan: gioiHanStun }));
   if (stun) cacDong.push(stun.dong);
 
   let hen = null;
-  let cua = null;
   const sanSang = () => redis === null || redis.sanSang();
   const sucKhoe = () => ({ tot: sanSang(), pb: PB, ketNoi: cua.tong, ...hen.so });
-  const phucVu = taoPhucVu({ giaoDien: caiDat.giaoDien, sucKhoe, nhatKy });
-  const http = caiDat.chungChi ? createHttps({ ...docChungChi(caiDat), minVersion: 'TLSv1.2' }, phucVu) : createServer(phucVu);
+  const cua = new Cua({ caiDat, dongHo, nhatKy });
+  const phucVu = taoPhucVu({ giaoDien: caiDat.giaoDien, sucKhoe, choXin: (yeuCau) => cua.choXin(yeuCau), nhatKy });
+  const http = caiDat.chungChi
+    ? createHttps({ ...docChungChi(caiDat), minVersion: 'TLSv1.2', handshakeTimeout: 10_000, ...HAN_XIN }, phucVu) : createServer(HAN_XIN, phucVu);
 
   http.maxConnections = 2 * caiDat.ketNoiToiDa; // a page takes more than one until it has its WebSocket
-  cua = new Cua({ caiDat, dongHo, nhatKy });
+  http.on('connection', cua.nhanO);
   const io = new Server(http, {
     serveClient: false,
     maxHttpBufferSize: LON_NHAT,
@@ -61,7 +64,13 @@ async function dungMayChu({ caiDat, nhatKy, dongHo, choTra, redis, cacDong }) {
   io.on('connection', (socket) => hen.nhan(socket, cua.diaChi(socket.conn)));
 
   const { port } = await moThu(caiDat.cong, (cong) => ngheHttp(http, caiDat.diaChi, cong));
-  cacDong.push(async () => { await io.close(); http.closeAllConnections(); });
+  cacDong.push(async () => {
+    // Who has connected and says nothing would hold the end up.
+    const cat = setTimeout(() => http.closeAllConnections(), HAN_NOT);
+    await io.close();
+    clearTimeout(cat);
+    http.closeAllConnections();
+  });
   const quet = async () => { nhatKy.tomTat(); await hen.quet(); };
   const nhip = setInterval(quet, QUET);
   return {

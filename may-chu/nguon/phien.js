@@ -1,7 +1,9 @@
 // The sessions whose host hangs on this instance: how many a host may have, and which ones never came to anything.
+import { khoaMang } from './dia-chi.js';
 
 export const PHIEN_MOI_BEN = 16; // sessions of one connection
 export const PHIEN_MOI_NGUOI_GOI = 4; // sessions of one host with callers of one address
+export const PHIEN_MOI_MANG = 8; // of one host with callers of one IPv6 /48
 export const HAN_DO_DANG = 5 * 60_000; // ms for a session to get past the handshake: a person types a password meanwhile
 const HAN_NHUONG = 30_000; // ms after which an unfinished one makes room for another caller
 const THU_BAT_TAY = 4; // the host's letters up to its first sealed one
@@ -24,6 +26,8 @@ export class SoPhien {
   choThem(socket, khoa) {
     const cac = [...this.#cac].filter(([, p]) => p.socket === socket);
     if (cac.filter(([, p]) => p.khoa === khoa).length >= PHIEN_MOI_NGUOI_GOI) return { duoc: false };
+    const mang = khoaMang(khoa);
+    if (mang !== null && cac.filter(([, p]) => khoaMang(p.khoa) === mang).length >= PHIEN_MOI_MANG) return { duoc: false };
     if (phienCua(socket).length < PHIEN_MOI_BEN) return { duoc: true };
     const cu = cac.find(([, p]) => doDang(p) && this.dongHo() - p.luc >= HAN_NHUONG);
     return cu ? { duoc: true, bo: cu[0] } : { duoc: false };

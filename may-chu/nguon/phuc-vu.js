@@ -46,13 +46,16 @@ class KhoTep {
   }
 }
 
-// The handler of HTTP requests that socket.io does not take. `sucKhoe` answers the health report: { tot, … }.
-export function taoPhucVu({ giaoDien, sucKhoe, nhatKy }) {
+// The handler of HTTP requests that socket.io does not take. `sucKhoe` answers the health report: { tot, … }; `choXin` the seconds that
+// the sender of a request has to wait, 0 for none.
+export function taoPhucVu({ giaoDien, sucKhoe, choXin, nhatKy }) {
   const bang = lapBang(giaoDien);
   const kho = new KhoTep();
 
   async function xuLy(yeuCau, tra) {
     for (const [ten, triGia] of Object.entries(DAU_CHUNG)) tra.setHeader(ten, triGia);
+    const cho = choXin(yeuCau);
+    if (cho > 0) return ketThuc(tra, 429, { 'Retry-After': cho });
     const duong = yeuCau.url.split('?', 1)[0];
     if (duong !== '/suc-khoe' && !bang.has(duong)) return ketThuc(tra, 404);
     if (yeuCau.method !== 'GET' && yeuCau.method !== 'HEAD') return ketThuc(tra, 405, { Allow: 'GET, HEAD' });

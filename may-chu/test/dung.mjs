@@ -13,7 +13,7 @@ export const THE_KHAC = 'b'.repeat(64);
 export async function mo(t, moiTruong = {}, them = {}) {
   const dong = [];
   const dongHo = { luc: 0 };
-  const caiDat = docCaiDat([], { CONG: '0', STUN_CONG: '0', DIA_CHI: '127.0.0.1', ...moiTruong });
+  const caiDat = docCaiDat([], { CONG: '0', STUN_CONG: '0', DIA_CHI: '127.0.0.1', YEU_CAU_MOI_PHUT: '100000', ...moiTruong });
   const mayChu = await moMayChu(caiDat, { nhatKy: new NhatKy((d) => dong.push(d)), dongHo: () => dongHo.luc, ...them });
   const goc = `${caiDat.chungChi ? 'https' : 'http'}://127.0.0.1:${mayChu.cong}`;
   const cac = [];

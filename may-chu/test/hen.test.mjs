@@ -187,6 +187,22 @@ test('limits: calls, registrations and letters of one address, and where they en
   assert.ok(!nhatKy.includes(ma) && !nhatKy.includes('192.0.2.7') && !nhatKy.includes(phien));
 });
 
+test('a /48 has limits of its own, so that its 65 536 networks are not as many callers', async (t) => {
+  const m = await mo(t, { GOI_MOI_PHUT: '2', KET_NOI_MOI_DIA_CHI: '2', PROXY_TIN: '127.0.0.1' });
+  const tu = (mang, so) => m.noi({ extraHeaders: { 'X-Forwarded-For': `2001:db8:${mang}:${so}::1` } });
+  const may = await m.noi();
+  const { ma } = await moMay(may);
+  const cac = [];
+  for (let so = 1; so <= 16; so++) cac.push(await tu(1, so));
+  await assert.rejects(tu(1, 17), 'connections');
+  const la = await tu(2, 1);
+  const nhan = [];
+  for (const s of cac) nhan.push((await goi(s, ma)).ok);
+  assert.deepEqual(nhan, [...Array(8).fill(true), ...Array(8).fill(false)], 'sessions of one host');
+  assert.equal((await goi(cac[0], ma)).cho, 4, 'calls: sixteen of this network so far, and one each 3.75 s');
+  assert.equal((await goi(la, ma)).ok, true, 'its neighbour is not touched');
+});
+
 test('one caller cannot take all of a host, nor can many keep others out with unfinished calls', async (t) => {
   const m = await mo(t, { PROXY_TIN: '127.0.0.1' });
   const tu = (dc) => m.noi({ extraHeaders: { 'X-Forwarded-For': dc } });

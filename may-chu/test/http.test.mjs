@@ -1,13 +1,15 @@
 import assert from 'node:assert/strict';
 import { execFileSync } from 'node:child_process';
+import { once } from 'node:events';
 import { mkdtempSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
 import { request } from 'node:http';
+import { createConnection } from 'node:net';
 import { connect } from 'node:tls';
 import { tmpdir } from 'node:os';
 import { join } from 'node:path';
 import test from 'node:test';
 import { gunzipSync } from 'node:zlib';
-import { cho, goi, mo, moMay } from './dung.mjs';
+import { HAN, cho, choDen, goi, mo, moMay } from './dung.mjs';
 
 const GIAO_DIEN = new URL('../../resources/giao-dien/', import.meta.url);
 const JS = 'text/javascript; charset=utf-8';
@@ -65,6 +67,39 @@ test('the head says what the page’s markup cannot, and nothing that contradict
     assert.equal(dau['content-security-policy'], "frame-ancestors 'none'");
     assert.deepEqual([dau['x-content-type-options'], dau['referrer-policy'], dau['x-powered-by']], ['nosniff', 'no-referrer', undefined]);
   }
+});
+
+test('files are asked for so often by one address, and not more', async (t) => {
+  const m = await mo(t, { YEU_CAU_MOI_PHUT: '3', PROXY_TIN: '127.0.0.1' });
+  const tu = (dc, duong = '/app') => xin(m, duong, { headers: { 'X-Forwarded-For': dc } });
+  for (const duong of ['/app', '/suc-khoe', '/khong-co']) assert.notEqual((await tu('192.0.2.1', duong)).ma, 429);
+  const kq = await tu('192.0.2.1');
+  assert.deepEqual([kq.ma, kq.dau['retry-after'], kq.than.length], [429, '20', 0]);
+  assert.equal((await tu('192.0.2.2')).ma, 200);
+  m.dongHo.luc += 20_000;
+  assert.equal((await tu('192.0.2.1')).ma, 200);
+});
+
+test('TCP connections that say nothing: so many of one address, except of a trusted proxy', async (t) => {
+  const song = async (m) => {
+    const cac = Array.from({ length: 7 }, () => createConnection({ host: '127.0.0.1', port: m.cong }));
+    t.after(() => cac.forEach((o) => o.destroy()));
+    let dut = 0;
+    cac.forEach((o) => o.on('error', () => {}).on('close', () => { dut += 1; }).resume());
+    await Promise.all(cac.map((o) => once(o, 'connect', { signal: AbortSignal.timeout(HAN) })));
+    return { cac, dut: () => dut };
+  };
+  const m = await mo(t, { KET_NOI_MOI_DIA_CHI: '3' });
+  const { cac, dut } = await song(m);
+  await choDen(() => dut() === 1, 'the seventh is closed');
+  await assert.rejects(xin(m, '/app'), 'there is no room');
+  cac[0].destroy();
+  await choDen(async () => (await xin(m, '/app').catch(() => ({}))).ma === 200, 'one has gone, the next is taken');
+  assert.equal(dut(), 2, 'the others stay');
+  const qua = await mo(t, { KET_NOI_MOI_DIA_CHI: '3', PROXY_TIN: '127.0.0.1' });
+  const { dut: dutQua } = await song(qua);
+  assert.equal((await xin(qua, '/app')).ma, 200);
+  assert.equal(dutQua(), 0);
 });
 
 test('a folder without the application: said as 404, and the signalling still works', async (t) => {
