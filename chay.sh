@@ -72,13 +72,20 @@ trap 'exit 130' INT TERM
 
 # The rendezvous server, unless the arguments name one: sets `mayChu`, and says how to reach it.
 moMayChu() {
-    local nhatKy=$thuMuc/may-chu.log nut cong tienTrinh han giaoThuc=http
+    local nhatKy=$thuMuc/may-chu.log nut cong tienTrinh han cacDiaChi diaChi giaoThuc=http
     if [ -n "${CHUNG_CHI:-}" ]; then
         giaoThuc=https
         [ -n "${TOVIRA_TEN:-}" ] || hong "CHUNG_CHI is set: TOVIRA_TEN has to be the name that the certificate is for"
     fi
     nut=$(command -v node || command -v nodejs) || hong "Node.js is missing"
-    CONG=${CONG:-3000+} STUN_CONG=${STUN_CONG:-3478+} "$nut" may-chu/nguon/chinh.js >"$nhatKy" 2>&1 &
+    # shellcheck disable=SC2016  # the dollars are JavaScript's
+    cacDiaChi=$("$nut" -e '
+        const cac = Object.values(os.networkInterfaces()).flat().filter((d) => !d.internal && !d.address.startsWith("fe80:"));
+        cac.sort((a, b) => a.family.localeCompare(b.family)); // IPv4 first
+        for (const { address: d } of cac) console.log(d.includes(":") ? `[${d}]` : d);
+    ')
+    # Tovira comes over loopback, where a STUN server would tell it nothing.
+    TEN=${TOVIRA_TEN:-${cacDiaChi%%$'\n'*}} CONG=${CONG:-3000+} STUN_CONG=${STUN_CONG:-3478+} "$nut" may-chu/nguon/chinh.js >"$nhatKy" 2>&1 &
     tienTrinh=$!
     cacTienTrinh+=("$tienTrinh")
     han=$((SECONDS + 30))
@@ -96,11 +103,9 @@ moMayChu() {
     # A page from the loopback interface may do more than one from another plain-http address.
     mayChu=http://127.0.0.1:$cong
     noi "Any browser controls this machine at:"
-    # shellcheck disable=SC2016  # the dollars are JavaScript's
-    "$nut" -e '
-        const cac = Object.values(os.networkInterfaces()).flat().filter((d) => !d.internal && !d.address.startsWith("fe80:"));
-        for (const { address: d } of cac) console.log(`    http://${d.includes(":") ? `[${d}]` : d}:${process.argv[1]}/app`);
-    ' "$cong"
+    while read -r diaChi; do
+        [ -z "$diaChi" ] || printf '    http://%s:%s/app\n' "$diaChi" "$cong"
+    done <<<"$cacDiaChi"
     printf '    %s (on this machine)\n' "http://127.0.0.1:$cong/app"
     noi "Not https: whoever controls the network in between could alter the page. See https in may-chu/README.md."
 }

@@ -24,6 +24,10 @@ function docSo(chu) {
   return so > 0 ? so : hong('a whole number of at least 1');
 }
 
+function docTen(chu) {
+  return /^([A-Za-z0-9.-]{0,253}|\[[0-9a-fA-F:.]{2,45}\])$/.test(chu) ? chu : hong('a name or an address (IPv6 in brackets), without a port');
+}
+
 function docDsStun(chu) {
   const cac = chu.split(',').map((m) => m.trim()).filter(Boolean);
   for (const m of cac) if (!/^stuns?:[\w.:[\]-]{1,255}$/.test(m)) hong('a list of addresses such as stun:stun.example.org:3478');
@@ -43,6 +47,7 @@ const BANG = [
   ['diaChi', 'DIA_CHI', '', docDiaChiNghe, 'address to listen on, HTTP and STUN; all when empty'],
   ['stunCong', 'STUN_CONG', '3478', docCongStun, 'UDP port that answers STUN; "tat" for none'],
   ['stunCongKhai', 'STUN_CONG_KHAI', '', docDsStun, 'STUN addresses told to the pages; when empty, this server under the name that the page used'],
+  ['ten', 'TEN', '', docTen, 'name of this machine for others: told in STUN addresses to pages that came over loopback'],
   ['chungChi', 'CHUNG_CHI', '', docChu, 'PEM file of the certificate chain: serves https; read again at SIGHUP'],
   ['khoa', 'KHOA', '', docChu, 'PEM file of its private key'],
   ['proxyTin', 'PROXY_TIN', '', docDanhSach, 'proxies whose X-Forwarded-For is believed: addresses and networks'],

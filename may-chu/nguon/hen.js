@@ -8,6 +8,7 @@ import { PHIEN_MOI_BEN, SoPhien, phienCua, phong } from './phien.js';
 const TU_CHOI_LIEN_TIEP = 100; // refusals in a row after which a connection is cut
 const CHO_GUI_TOI_DA = 256; // packets waiting for a connection that does not read
 const KY_TU_MOI_XU = 2048; // characters of a letter for each token
+const TEN_NOI_BO = /^(localhost|127\.[\d.]+|\[::1\])$/i;
 const GIA_DAT_NHAT = 1 + TIN_DAI_NHAT / KY_TU_MOI_XU; // tokens
 
 export class Hen {
@@ -191,7 +192,9 @@ export class Hen {
   #stun({ socket }) {
     if (this.caiDat.stunCongKhai.length > 0) return this.caiDat.stunCongKhai;
     if (this.stunCong === null) return [];
-    const ten = tenMayChu(socket.handshake.headers.host);
+    const noi = tenMayChu(socket.handshake.headers.host);
+    // A page on this machine: its loopback address is of no use to a connection with another one.
+    const ten = this.caiDat.ten !== '' && TEN_NOI_BO.test(noi) ? this.caiDat.ten : noi;
     return ten === '' ? [] : [`stun:${ten}:${this.stunCong}`];
   }
 }

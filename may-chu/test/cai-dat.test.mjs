@@ -9,8 +9,9 @@ import { docCaiDat } from '../nguon/cai-dat.js';
 import { cheDiaChi, diaChiThat, docDanhSach, docDiaChi, khoaDiaChi } from '../nguon/dia-chi.js';
 import { GioiHan } from '../nguon/gioi-han.js';
 import { HAN_CHU, HAN_CO_MAT, SoMaBoNho } from '../nguon/so-ma.js';
-import { HAN } from './dung.mjs';
+import { HAN, mo } from './dung.mjs';
 
+const KHAM = fileURLToPath(new URL('../nguon/kham.js', import.meta.url));
 const CHINH = fileURLToPath(new URL('../nguon/chinh.js', import.meta.url));
 
 test('settings: flag before environment before default; a wrong one is named', () => {
@@ -21,7 +22,7 @@ test('settings: flag before environment before default; a wrong one is named', (
   const cac = [
     [['--cong', '65536'], {}, /^--cong /], [['--cong', '-1'], {}, /cong/], [[], { CONG: '3000x' }, /^CONG /], [[], { DIA_CHI: 'localhost' }, /^DIA_CHI /],
     [[], { PROXY_TIN: '10.0.0.0/33' }, /^PROXY_TIN "10.0.0.0\/33"/], [[], { PROXY_TIN: 'proxy' }, /^PROXY_TIN /], [[], { REDIS_URL: 'http://x' }, /^REDIS_URL /],
-    [[], { STUN_CONG_KHAI: 'stun.example.org' }, /^STUN_CONG_KHAI /], [[], { GOI_MOI_PHUT: '0' }, /^GOI_MOI_PHUT /], [[], { KHOA: 'k.pem' }, /belong together/],
+    [[], { STUN_CONG_KHAI: 'stun.example.org' }, /^STUN_CONG_KHAI /], [[], { TEN: 'a b' }, /^TEN /], [[], { GOI_MOI_PHUT: '0' }, /^GOI_MOI_PHUT /], [[], { KHOA: 'k.pem' }, /belong together/],
     [['--la'], {}, /--la/], [['thua'], {}, /thua/],
   ];
   for (const [thamSo, moiTruong, loi] of cac) assert.throws(() => docCaiDat(thamSo, moiTruong), { message: loi });
@@ -119,4 +120,18 @@ test('the program: a taken port and a wrong setting are said in one line; "+" ta
   assert.match((await chay('--cong', 'x')).vanLoi, /^tovira-may-chu: --cong must be .*\n$/);
   const { cong } = JSON.parse((await chay('--cong', `${port}+`)).ra.split('\n')[0]);
   assert.ok(cong > 0 && cong !== port);
+});
+
+test('the health check: well, nobody there, and a port that it cannot know', async (t) => {
+  const m = await mo(t);
+  const kham = (CONG) => new Promise((xong) => {
+    execFile(process.execPath, [KHAM], { env: { ...process.env, CONG, DIA_CHI: '127.0.0.1' }, timeout: HAN }, (loi, _, noi) => xong([loi?.code ?? 0, noi.split(' ')[0]]));
+  });
+  assert.deepEqual(await kham(String(m.cong)), [0, '']);
+  assert.deepEqual([await kham(`${m.cong}+`), await kham('0')], [[2, 'CONG'], [2, 'CONG']]);
+  const trong = createServer().listen(0, '127.0.0.1');
+  await once(trong, 'listening');
+  const { port } = trong.address();
+  await new Promise((xong) => { trong.close(xong); });
+  assert.deepEqual(await kham(String(port)), [1, '']);
 });

@@ -115,6 +115,10 @@ test('the STUN addresses that pages are told', async (t) => {
   assert.deepEqual(await cua(m, '[fd00::1]:3000'), [`stun:[fd00::1]:${m.stunCong}`]);
   assert.deepEqual(await cua(m, 'a b'), []);
   assert.deepEqual(await cua(await mo(t, { STUN_CONG: 'tat' }), 'x.org'), []);
+  const coTen = await mo(t, { TEN: '192.0.2.9' });
+  for (const [noi, ra] of [['127.0.0.1:3000', '192.0.2.9'], ['localhost', '192.0.2.9'], ['[::1]:3000', '192.0.2.9'], ['hen.example.org', 'hen.example.org']]) {
+    assert.deepEqual(await cua(coTen, noi), [`stun:${ra}:${coTen.stunCong}`], noi);
+  }
   const khai = 'stun:a.example.org:3478, stun:[2001:db8::1]:3478';
   assert.deepEqual(await cua(await mo(t, { STUN_CONG: 'tat', STUN_CONG_KHAI: khai }), 'x.org'), khai.split(', '));
 });
