@@ -114,6 +114,18 @@ test('nobody comes in before this person has said so; the question can be answer
   assert.notEqual(t.$('mat-khau').dataset.gia, cu, 'the password that let them in is no longer one');
 });
 
+test('a page that finds no path and calls again leaves one message, and who is asked for is asked for once', async () => {
+  const t = await moCoMang();
+  t.doi('hoi-truoc', true);
+  for (const so of ['1', '2', '3']) {
+    const k = await t.goi(so, { ten: 'Lan', vanTayKia: 'A' });
+    if (so === '1') await t.bam(vi['hoi.choVao']);
+    assert.equal(t.hop(), undefined);
+    k.pc.thanh('failed');
+  }
+  assert.deepEqual(t.tin(), [chu('nguoi.khongNoi', { ten: 'Lan' })]);
+});
+
 test('the stop button stays while anybody is in, shared or not', async () => {
   const t = await moCoMang();
   await t.vao('p');

@@ -237,7 +237,7 @@ test('a share that this person began goes on without controllers; one that was s
   assert.deepEqual(t.ra, ['mat'], 'a failure is told, not an end');
   t.day('', '', false);
   t.hen.chay(4000);
-  assert.deepEqual(t.ra, ['mat', 'dung']);
+  assert.deepEqual([t.ra, t.canh], [['mat', 'dung'], ['khoa']]);
 });
 
 test('commands pass only while control is allowed; switching it off lets go of what is held; the red button ends all', async () => {

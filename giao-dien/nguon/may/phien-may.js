@@ -30,9 +30,10 @@ async function datNguoiGui(sender) {
 }
 
 // moi: { taoKetNoi(configuration), maHoa (TvMaHoa), hen: { dat, huy } }; canh is the guard of the passwords, track the picture.
-// gui(letter) and dong() speak to the server. hoi({ ten, cach }) asks this person unless
-// hoi.can(the controller's fingerprint) says that it need not be, answering a promise of yes or no that
-// `thoiHoi` withdraws; hoi.chan(which password) says why a caller is turned away unasked, or ''. khi: yeu() at an interruption, doi() after every change, nghe(channel name, data), mo(channel name), het(reason).
+// gui(letter) and dong() speak to the server.
+// hoi: chan(which password) -> why a caller is turned away unasked, or ''; can(the controller's fingerprint) -> whether this
+// person is to be asked; nguoi({ ten, cach }) -> { traLoi: promise of yes or no, thoi() to withdraw it }; dongY(fingerprint)
+// after a yes. khi: doi() after every change, yeu() at an interruption, nghe(channel name, data), mo(channel name), het(reason).
 export function taoPhienMay({ phien, ma, stun, canh, track, moi, gui, dong, hoi, khi }) {
   const { hen, maHoa } = moi;
   const taoKetNoi = (iceServers) => moi.taoKetNoi({ iceServers, bundlePolicy: 'max-bundle' });

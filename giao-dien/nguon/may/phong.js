@@ -8,7 +8,7 @@ const CHO_TOI_DA = 16; // callers that are still proving themselves
 const NHUONG = 5000; // ms until one of those gives its place to a newcomer; an honest one needs about two seconds
 const GIU_IM = 4000; // ms without a word (beats come every two seconds) until what a controller holds down is let go
 const NHO_DONG_Y = 600000; // ms that a yes holds for the same certificate: a page that finds no path calls again
-export const CHAN_LAU = 600000; // ms that the lasting password lets nobody in after its user was sent away: longer than a page calls again
+export const CHAN_LAU = 600000; // ms that the lasting password stays shut after somebody was sent away: longer than a page calls again
 const HET_HAN = 3000; // ms without a share before the sessions take it for stopped; a change of display has such a gap
 const CAO_DAU = 1080; // lines, for a controller that has not said what it can use
 
@@ -75,7 +75,7 @@ export function taoPhong({ tv, chia, luong, tuyChon, canh, luuTep, moi, kenh, tr
       henHet = moi.hen.dat(() => {
         henHet = 0;
         if (chia.tinh() !== 'nghi' || tv.manHinh.loi) return;
-        canh.khoaNgay();
+        khoaLai();
         ketHet('dung');
       }, HET_HAN);
     }
@@ -117,6 +117,11 @@ export function taoPhong({ tv, chia, luong, tuyChon, canh, luuTep, moi, kenh, tr
   function quenDongY() {
     for (const so of dongY.values()) moi.hen.huy(so);
     dongY.clear();
+  }
+
+  function khoaLai() {
+    quenDongY();
+    canh.khoaNgay();
   }
 
   function dongLau() {
@@ -207,8 +212,7 @@ export function taoPhong({ tv, chia, luong, tuyChon, canh, luuTep, moi, kenh, tr
 
   // This person's stop: everybody goes, and no page calls itself back in.
   function dung() {
-    quenDongY();
-    canh.khoaNgay();
+    khoaLai();
     if (canh.coLau) dongLau();
     ketHet('dung');
   }
