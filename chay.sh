@@ -27,9 +27,9 @@ theoDoi() {
 # The second half of a start without a display: $1 is the file for code and password, $2 the program, the rest its
 # arguments.
 chayTrongManHinhAo() {
-    local tepMa=$1 chuongTrinh=$2 anh thuMuc tienTrinh han
+    local tepMa=$1 chuongTrinh=$2 anh han
     shift 2
-    thuMuc=$(mktemp -d)
+    thuMuc=$(mktemp -d) # not local, like tienTrinh: the trap runs when this function is left
     anh=$(mktemp --suffix=.png "${TMPDIR:-/tmp}/tovira-XXXXXX")
     TOVIRA_TEP_MA=$tepMa TOVIRA_TEP_SAN_SANG=$thuMuc/san-sang "$chuongTrinh" "$@" &
     tienTrinh=$!
