@@ -39,7 +39,7 @@ chayTrongManHinhAo() {
     han=$((SECONDS + 60))
     until [ -e "$thuMuc/san-sang" ]; do
         kill -0 "$tienTrinh" 2>/dev/null || hong "Tovira ended before its page had loaded"
-        [ $SECONDS -lt $han ] || hong "The page has not loaded within 60 s"
+        [ $SECONDS -lt $han ] || hong "The page has not loaded within 60 s; one over https does only when this machine trusts the certificate"
         sleep 0.2
     done
     # One more moment, so that the first picture is on the screen.
