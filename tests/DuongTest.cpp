@@ -4,7 +4,6 @@
 #include <xcb/xtest.h>
 
 #include <atomic>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -14,11 +13,9 @@
 #include "KhachX.hpp"
 #include "ThietBiLinux.hpp"
 #include "gia/KhachThu.hpp"
-#include "gia/ThuMucTam.hpp"
-#include "gia/TienTrinh.hpp"
-#include "gia/TrangDieuKhien.hpp"
 #include "x11/AnhJpeg.hpp"
 #include "x11/CuaMau.hpp"
+#include "x11/PhongDuong.hpp"
 
 using namespace tovira;
 using gia::choDen;
@@ -30,41 +27,7 @@ using thu::Mau;
 
 namespace {
 
-class DuongTest : public testing::Test {
-  protected:
-    void SetUp() override {
-        const auto nha = tam.duong() / "nha";
-        std::filesystem::create_directories(nha);
-        for (const char* bien : {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME"})
-            setenv(bien, nha.c_str(), 1);
-        setenv("XDG_RUNTIME_DIR", nha.c_str(), 1);
-        std::filesystem::permissions(nha, std::filesystem::perms::owner_all);
-    }
-
-    std::vector<std::string> dongLenh(const std::vector<std::string>& them = {}) {
-        std::vector<std::string> ra{TOVIRA_CHUONG_TRINH, "--server", trang.goc()};
-        ra.insert(ra.end(), them.begin(), them.end());
-        return ra;
-    }
-    void moTovira(const std::vector<std::string>& them = {}) {
-        tovira.emplace(dongLenh(them));
-        ASSERT_TRUE(trang.cho("window.tovira && tovira.dsManHinh.length"));
-    }
-
-    // Starts sharing and says what the page was told.
-    std::string chiaSe() {
-        trang.chay("tovira.xinManHinh(0)");
-        if (!trang.cho("tovira.manHinhDangPhat() || tovira.manHinh.loi")) return {};
-        EXPECT_EQ(trang.hoi("tovira.manHinh.loi"), "");
-        return trang.hoi("tovira.manHinh.duongDan");
-    }
-
-    void lenh(const std::string& json) { trang.chay("tovira.guiLenh('" + json + "')"); }
-
-    gia::ThuMucTam tam;
-    gia::TrangDieuKhien trang;
-    std::optional<TienTrinh> tovira;
-};
+using DuongTest = thu::PhongDuong;
 
 std::uint16_t congCua(const std::string& url) {
     return static_cast<std::uint16_t>(std::stoi(url.substr(std::string("http://127.0.0.1:").size())));
@@ -324,6 +287,32 @@ TEST_F(DuongTest, thanhDungTrenManHinhDayMaKhongCoTrongKhung) {
     EXPECT_TRUE(choDen([&] { return !timThanh(x); }));
     EXPECT_NE(lopCuaTieuDiem(x).find("xterm"), std::string::npos);
     EXPECT_EQ(xem.soHong, 0) << "of " << xem.soKhung;
+}
+
+// Whichever desktop of the window manager's is being looked at.
+TEST_F(DuongTest, thanhDungTrenMoiBanLamViec) {
+    const auto xdotool = [](const char* viec, const char* so) {
+        EXPECT_EQ(TienTrinh({"xdotool", viec, so}).doiHet(), 0) << viec;
+    };
+    const ManX x = moManX();
+    moTovira();
+    const TienTrinh xterm({"xterm", "-fullscreen", "-bg", "#205080"});
+    ASSERT_TRUE(choDen([&] { return mauTrenMan(x, 100, 900) == Mau{0x205080}; }));
+    ASSERT_FALSE(chiaSe().empty());
+    ASSERT_TRUE(choDen([&] { return timThanh(x).has_value(); }));
+
+    xdotool("set_num_desktops", "2");
+    xdotool("set_desktop", "1");
+    EXPECT_TRUE(choDen([&] { return !(mauTrenMan(x, 100, 900) == Mau{0x205080}); })) << "still on the first";
+    const auto thanh = timThanh(x);
+    EXPECT_TRUE(thanh);
+    if (thanh) {
+        EXPECT_TRUE(choDen([&] { return laMauThanh(mauTrenMan(x, thanh->x + 190, thanh->y + 4)); }));
+        bamChuot(x, thanh->x + 320, thanh->y + 20);
+        EXPECT_TRUE(trang.cho("!tovira.manHinhDangPhat() && lanBam == 1"));
+    }
+    xdotool("set_desktop", "0");
+    xdotool("set_num_desktops", "1");
 }
 
 TEST_F(DuongTest, chuDenDungTrongXterm) {

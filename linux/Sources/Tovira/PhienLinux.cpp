@@ -23,7 +23,9 @@ std::string lyDoKhongDieuKhien() {
                "Hãy đăng "
                "xuất rồi chọn phiên X11 (Xorg) ở màn hình đăng nhập.";
     const auto x = moManX();
-    if (!x) return "Không có màn hình X11 nào để điều khiển (biến DISPLAY trống hoặc không kết nối được).";
+    if (!x)
+        return "Không có màn hình X11 nào để điều khiển (biến DISPLAY trống hoặc không kết nối được). Hãy mở "
+               "Tovira trong một phiên X11.";
     if (!coMoRong(x.c(), &xcb_test_id))
         return "Máy chủ X của màn hình này không có phần mở rộng XTEST hoặc không cho Tovira dùng nó. Hãy "
                "bật XTEST "
