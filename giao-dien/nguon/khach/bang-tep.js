@@ -1,10 +1,10 @@
 // The panel for sending files: choosing, dropping, progress, cancelling, and what failed and why.
+import { GHI_TOI_DA } from '../chung/hop-dong.js';
 import { moHopThoai } from '../chung/hop-thoai.js';
 import { $, khi, taoNut, taoThe } from '../chung/trang.js';
 import { tuDanhSach, tuMuc } from './gui-tep.js';
 
 const TOI_DA_DONG = 60; // rows; what is under way and what failed comes first
-const GHI_TOI_DA = 64 * 1024 * 1024; // bytes that the host writes into a folder; larger files are downloads there
 const MOI = 200; // ms between drawings
 const DON_VI = ['B', 'kB', 'MB', 'GB'];
 const LY = { doi: 'guiTep.lyDoi', doc: 'guiTep.lyDoc', im: 'guiTep.lyIm', kenh: 'guiTep.lyKenh' };

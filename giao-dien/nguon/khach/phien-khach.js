@@ -15,9 +15,9 @@
 //   khong-duong                                             no direct path between the two networks
 //   mat                                                     it was live and is gone
 
+import { KENH, PB } from '../chung/hop-dong.js';
 import { cacMayStun } from '../chung/stun.js';
 
-const PB = 1;
 const CHO_TRA_LOI = 25000; // ms for a step of the handshake: a phone's slow hash and a slow host
 const CHO_NGUOI = 120000; // ms for a person to accept
 const CHO_DUONG = 25000; // ms to find a way
@@ -136,7 +136,7 @@ export function taoPhienKhach({ kenhHen, maHoa, taoNoi, hen, luc, khi, ma, matKh
   function khiNoi() {
     const hinh = noi.addTransceiver('video', { direction: 'recvonly' });
     giamTre(hinh.receiver);
-    for (const [so, nhan] of [[1, 'lenh'], [2, 'tin'], [3, 'tep']]) {
+    for (const [nhan, so] of Object.entries(KENH)) {
       kenh[nhan] = noi.createDataChannel(nhan, { negotiated: true, id: so, ordered: true });
       kenh[nhan].binaryType = 'arraybuffer';
     }

@@ -1,10 +1,11 @@
 // The host's end of the file channel: one file at a time, gathered as blobs that the engine may keep on disk, then written
 // by the receiving endpoint or saved through a download. A file that does not arrive whole leaves nothing behind.
+import { GHI_TOI_DA } from '../chung/hop-dong.js';
+
 const XAC_NHAN = 262144; // bytes between acknowledgements
 const GOM = 4 * 1024 * 1024; // bytes held as pieces before they become a blob
 const CHO_TOI_DA = 10000; // files announced and not yet asked for
 const CO_TOI_DA = 4 * 1024 ** 3; // bytes of one file: what is gathered has to lie somewhere until it is whole
-const GHI_TOI_DA = 64 * 1024 * 1024; // bytes that the receiving endpoint takes
 const NHAC = 30000; // ms between words to a controller that waits for a file to be stored
 const DUONG_TOI_DA = 1023; // characters of a path, the endpoint's measure
 

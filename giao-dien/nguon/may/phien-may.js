@@ -1,10 +1,9 @@
 // One controller's session on the host: handshake, this person's consent, the direct connection, its end.
 //
 //   bat-tay (proving the password) -> hoi (this person is asked) -> dang-noi -> noi -> het
+import { KENH } from '../chung/hop-dong.js';
 import { motDong } from '../chung/mot-dong.js';
 import { cacMayStun } from '../chung/stun.js';
-
-export { cacMayStun };
 
 const CHO_BAT_TAY = 60000; // ms to prove the password
 const CHO_TEN = 1500; // ms that the controller has to say its name before this person is asked
@@ -15,8 +14,6 @@ const TEN_TOI_DA = 64; // characters
 const UNG_TOI_DA = 256; // addresses of the other side
 const BIT_TOI_DA = 16e6; // bits per second of the picture
 const KHUNG_TOI_DA = 20; // frames per second; the host gives 12
-
-const KENH = { lenh: 1, tin: 2, tep: 3 };
 
 // A name as it may be shown.
 export const sachTen = (ten) => (typeof ten === 'string' ? [...motDong(ten)].slice(0, TEN_TOI_DA).join('') : '');

@@ -1,4 +1,6 @@
 // The host's place at the rendezvous server: announces the machine code, again after every loss, and hands calls over.
+import { PB } from '../chung/hop-dong.js';
+
 const LAI = 5000; // ms before an announcement that got no answer is made again
 
 // `tinh`: cho (no connection yet), san-sang (can be called), mat (connection lost), khong-may-chu, phien-ban (the server
@@ -35,7 +37,7 @@ export function taoTraLoi({ kenh, kho, sinhThe, khi, hen }) {
     hen.huy(dongHo);
     if (dangHoi) return;
     dangHoi = true;
-    const dap = await kenh.goi('may:mo', { pb: 1, ma: ma(), the: the() });
+    const dap = await kenh.goi('may:mo', { pb: PB, ma: ma(), the: the() });
     dangHoi = false;
     if (dap.ok && /^\d{9}$/.test(dap.ma)) {
       kho.ghi('ma', dap.ma);
