@@ -9,7 +9,6 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
-#include <QMouseEvent>
 #include <QPushButton>
 #include <QScreen>
 #include <QTemporaryDir>
@@ -17,6 +16,7 @@
 #include "BaoMaMayLinux.hpp"
 #include "HopBaoLinux.hpp"
 #include "gia/DongCoWeb.hpp"
+#include "gia/NguoiDungQt.hpp"
 #include "gia/TienTrinh.hpp"
 
 using namespace tovira;
@@ -202,13 +202,7 @@ TEST_F(CuaSoLinuxThu, menuChuotPhai) {
     ASSERT_TRUE(cho([&] { return cua.isActiveWindow() && thayTrang(); }));
     js("document.body.style.margin = '80px 0 0'; 1");
     const auto bamPhai = [&](QPoint cho) {
-        auto* nhan = trang.khungNhin().focusProxy();
-        for (const auto loai : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease}) {
-            QMouseEvent chuot(loai, QPointF(cho), nhan->mapToGlobal(QPointF(cho)), Qt::RightButton,
-                              loai == QEvent::MouseButtonPress ? Qt::RightButton : Qt::NoButton,
-                              Qt::NoModifier);
-            QApplication::sendEvent(nhan, &chuot);
-        }
+        gia::bamChuot(trang.khungNhin().focusProxy(), cho, Qt::RightButton);
     };
     const auto menu = [] { return qobject_cast<QMenu*>(QApplication::activePopupWidget()); };
     const auto cacMuc = [&] {
@@ -252,13 +246,7 @@ TEST_F(CuaSoLinuxThu, oChonTep) {
                "(function () { var t = document.getElementById('t'); t.value = ''; t.multiple = false; "
                "t.webkitdirectory = false; if ('") +
            m.thuocTinh + "') t['" + m.thuocTinh + "'] = true; })(); 1");
-        bool thay = false;
-        QTimer hoi;
-        QObject::connect(&hoi, &QTimer::timeout, &hoi, [&] {
-            auto* bang = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
-            if (bang == nullptr) return;
-            hoi.stop();
-            thay = true;
+        const gia::KhiCoBang<QFileDialog> hoi([&](QFileDialog* bang) {
             EXPECT_EQ(bang->fileMode(), m.kieu);
             EXPECT_EQ(bang->labelText(QFileDialog::Accept).toStdString(), m.nut);
             EXPECT_EQ(bang->parentWidget(), &cua) << "a sheet on the window";
@@ -270,15 +258,9 @@ TEST_F(CuaSoLinuxThu, oChonTep) {
                     ->setText(QFileInfo(tep).fileName());
             bang->QDialog::accept();
         });
-        hoi.start(50);
         auto* nhan = trang.khungNhin().focusProxy();
-        for (const auto loai : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease}) {
-            QMouseEvent chuot(loai, QPointF(300, 25), nhan->mapToGlobal(QPointF(300, 25)), Qt::LeftButton,
-                              loai == QEvent::MouseButtonPress ? Qt::LeftButton : Qt::NoButton,
-                              Qt::NoModifier);
-            QApplication::sendEvent(nhan, &chuot);
-        }
-        EXPECT_TRUE(cho([&] { return thay; })) << m.thuocTinh;
+        gia::bamChuot(nhan, {300, 25});
+        EXPECT_TRUE(cho([&] { return hoi.thay(); })) << m.thuocTinh;
         EXPECT_TRUE(choJs("document.getElementById('t').files.length >= 1")) << m.thuocTinh;
         EXPECT_EQ(js("[].map.call(document.getElementById('t').files, f => f.name).join('|')"), m.ra)
             << m.thuocTinh
@@ -288,13 +270,7 @@ TEST_F(CuaSoLinuxThu, oChonTep) {
 
 TEST(HopBaoLinux, motNutVaChuTron) {
     HopBaoLinux hop;
-    bool thay = false;
-    QTimer hoi;
-    QObject::connect(&hoi, &QTimer::timeout, &hoi, [&] {
-        auto* bang = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-        if (bang == nullptr) return;
-        hoi.stop();
-        thay = true;
+    const gia::KhiCoBang<QMessageBox> hoi([](QMessageBox* bang) {
         EXPECT_EQ(bang->text(), QStringLiteral("Tiêu đề"));
         EXPECT_EQ(bang->informativeText(), QStringLiteral("<b>chi tiết</b>"));
         EXPECT_EQ(bang->textFormat(), Qt::PlainText);
@@ -302,9 +278,8 @@ TEST(HopBaoLinux, motNutVaChuTron) {
         EXPECT_EQ(bang->buttons()[0]->text(), QStringLiteral("Đã hiểu"));
         bang->buttons()[0]->click();
     });
-    hoi.start(10);
     hop.canhBao("Tiêu đề", "<b>chi tiết</b>");
-    EXPECT_TRUE(thay);
+    EXPECT_TRUE(hoi.thay());
     // Gone with the window that it belonged to, it counts as answered.
     QTimer mat;
     QObject::connect(&mat, &QTimer::timeout, &mat, [&] {

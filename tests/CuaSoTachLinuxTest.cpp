@@ -1,11 +1,11 @@
 // Pop-ups on a real engine: one at a time, whatever the page of the old one is in the middle of.
 
 #include <QFileDialog>
-#include <QMouseEvent>
 #include <QPointer>
 #include <QScreen>
 
 #include "gia/DongCoWeb.hpp"
+#include "gia/NguoiDungQt.hpp"
 
 using namespace tovira;
 using gia::cho;
@@ -122,25 +122,14 @@ TEST_F(CuaSoTachLinuxThu, thayKhiTrangCuDangXinTep) {
     const auto cu = moTach("mot");
     js("mot.document.write('<title>mot</title><input type=file "
        "style=\"position:fixed;width:100%;height:100%\">'); 1");
-    bool thayBang = false;
-    QTimer hoi;
-    QObject::connect(&hoi, &QTimer::timeout, &hoi, [&] {
-        auto* bang = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
-        if (bang == nullptr) return;
-        hoi.stop();
-        thayBang = true;
+    const gia::KhiCoBang<QFileDialog> hoi([&](QFileDialog* bang) {
         EXPECT_EQ(bang->parentWidget(), cu);
         EXPECT_TRUE(cuaSo.khiXinTach("", {}, {}));
     });
-    hoi.start(20);
     auto* nhan = cu->findChild<QWebEngineView*>()->focusProxy();
     ASSERT_TRUE(choJs("mot.document.querySelector('input').clientWidth > 300"));
-    for (const auto loai : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease}) {
-        QMouseEvent chuot(loai, QPointF(40, 15), nhan->mapToGlobal(QPointF(40, 15)), Qt::LeftButton,
-                          loai == QEvent::MouseButtonPress ? Qt::LeftButton : Qt::NoButton, Qt::NoModifier);
-        QApplication::sendEvent(nhan, &chuot);
-    }
-    EXPECT_TRUE(cho([&] { return thayBang && cu.isNull(); })) << "the panel goes with its window";
+    gia::bamChuot(nhan, {40, 15});
+    EXPECT_TRUE(cho([&] { return hoi.thay() && cu.isNull(); })) << "the panel goes with its window";
     EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
     EXPECT_EQ(js("mot.closed"), "true");
     EXPECT_EQ(tach.so(), 0U);

@@ -7,17 +7,15 @@
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
-#include <QDeadlineTimer>
 #include <QDesktopServices>
-#include <QEventLoop>
 #include <QGuiApplication>
-#include <QTimer>
 #include <QUrl>
-#include <functional>
 
+#include "gia/ChoQt.hpp"
 #include "gia/ThuMucTam.hpp"
 
 using namespace tovira;
+using gia::cho;
 
 // What a file manager offers.
 class QuanLyTep : public QObject {
@@ -37,21 +35,6 @@ class ManHinhNen : public QObject {
   public Q_SLOTS:
     void mo(const QUrl& url) { nhan += url.toLocalFile(); }
 };
-
-namespace {
-
-bool cho(const std::function<bool()>& dieuKien) {
-    const QDeadlineTimer han(15000);
-    while (!dieuKien()) {
-        if (han.hasExpired()) return false;
-        QEventLoop vong;
-        QTimer::singleShot(5, &vong, &QEventLoop::quit);
-        vong.exec();
-    }
-    return true;
-}
-
-}  // namespace
 
 TEST(TepNguoiDungLinux, hienTrongQuanLyTepHoacMoThuMuc) {
     const gia::ThuMucTam tam;

@@ -3,9 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <QDeadlineTimer>
-#include <QEventLoop>
-#include <QTimer>
 #include <QWebEngineScript>
 #include <functional>
 #include <memory>
@@ -14,22 +11,11 @@
 
 #include "CuaSoLinux.hpp"
 #include "VongLapLinux.hpp"
+#include "gia/ChoQt.hpp"
 #include "gia/MayChuTrang.hpp"
 #include "gia/WebGia.hpp"
 
 namespace tovira::gia {
-
-// Turns the event loop until `dieuKien` holds; false when it does not within `giay` seconds.
-inline bool cho(const std::function<bool()>& dieuKien, double giay = 15) {
-    const QDeadlineTimer han(static_cast<qint64>(giay * 1000));
-    while (!dieuKien()) {
-        if (han.hasExpired()) return false;
-        QEventLoop vong;
-        QTimer::singleShot(5, &vong, &QEventLoop::quit);
-        vong.exec();
-    }
-    return true;
-}
 
 // One profile for all tests of a process: engines do not like to share a store with a dying predecessor.
 inline HoSoWeb& hoSoChung(HoSoWeb* moi = nullptr) {
